@@ -1,0 +1,42 @@
+// The keyed dictionary of scripts: text keys compared binary, insertion order.
+#pragma once
+
+#include <unordered_map>
+#include <vector>
+
+#include "automation/class_table.h"
+
+namespace vellum250 {
+
+class Dictionary final : public ScriptObject<Dictionary> {
+ public:
+  static const ClassTable& Table();
+
+  int32_t Count() const { return static_cast<int32_t>(entries_.size()); }
+  bool Exists(const Text& key) const { return Find(key) != nullptr; }
+  // The value, or Empty for an absent key (which is not added).
+  Variant Item(const Text& key) const;
+  // Raises 457 when the key is there.
+  void Add(const Text& key, const Variant& value);
+  // Adds or replaces.
+  void Set(TextView key, Variant value);
+  // Raises 5 when the key is absent.
+  void Remove(const Text& key);
+  void RemoveAll();
+
+  // For the library's own look-ups: the value or nullptr. Does not allocate. Valid until the next
+  // change.
+  const Variant* Find(TextView key) const;
+  // Keys and values in insertion order.
+  const std::vector<std::pair<Text, Variant>>& Entries() const { return entries_; }
+
+ private:
+  struct Hash {
+    using is_transparent = void;
+    size_t operator()(TextView key) const { return std::hash<TextView>()(key); }
+  };
+  std::vector<std::pair<Text, Variant>> entries_;
+  std::unordered_map<Text, size_t, Hash, std::equal_to<>> positions_;
+};
+
+}  // namespace vellum250
