@@ -31,8 +31,8 @@ Variant ClassTable::Call(Object& object, const MemberInfo& member, InvokeKind ki
   const bool reads = member.kind != MemberKind::Method && !put;
   const size_t parameterCount = reads ? 0 : member.parameters.size();
   if (arguments.size() > parameterCount) {
-    throw WrongNumberOfArguments(describe() + u" takes " + NumberText(parameterCount) +
-                                 u", not " + NumberText(arguments.size()));
+    throw WrongNumberOfArguments(describe() + u" takes " + NumberText(parameterCount) + u", not " +
+                                 NumberText(arguments.size()));
   }
   for (size_t i = 0; i < parameterCount; ++i) {
     if (!member.parameters[i].optional && (i >= arguments.size() || arguments[i].IsMissing())) {

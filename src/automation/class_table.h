@@ -31,7 +31,16 @@ namespace vellum250 {
 
 // Declared type of a parameter or a result. None is a method without result.
 enum class ScriptType : uint8_t {
-  None, Boolean, Byte, Int16, Int32, Double, Date, Text, Variant, Object
+  None,
+  Boolean,
+  Byte,
+  Int16,
+  Int32,
+  Double,
+  Date,
+  Text,
+  Variant,
+  Object
 };
 
 enum class Passing : uint8_t { ByValue, ByReference, ByReferenceUnchanged };
@@ -80,7 +89,8 @@ class ClassTable {
   // Checks kind and number of the arguments and calls. `object` is of this class. Raises 438, 449,
   // 450 and 13/94/6 for an argument, each naming the member and the parameter, and what the member
   // itself raises. By-reference arguments are written back also when the member raises.
-  Variant Call(Object& object, const MemberInfo& member, InvokeKind kind, Arguments arguments) const;
+  Variant Call(Object& object, const MemberInfo& member, InvokeKind kind,
+               Arguments arguments) const;
 
  private:
   struct NameHash {
@@ -131,9 +141,13 @@ constexpr ScriptType TypeOf(Tag<Date>) { return ScriptType::Date; }
 constexpr ScriptType TypeOf(Tag<Text>) { return ScriptType::Text; }
 constexpr ScriptType TypeOf(Tag<Variant>) { return ScriptType::Variant; }
 template <std::derived_from<Object> T>
-constexpr ScriptType TypeOf(Tag<Ref<T>>) { return ScriptType::Object; }
+constexpr ScriptType TypeOf(Tag<Ref<T>>) {
+  return ScriptType::Object;
+}
 template <typename T>
-constexpr ScriptType TypeOf(Tag<std::optional<T>>) { return TypeOf(Tag<T>{}); }
+constexpr ScriptType TypeOf(Tag<std::optional<T>>) {
+  return TypeOf(Tag<T>{});
+}
 
 template <typename T>
 constexpr bool kIsOptional = false;
@@ -200,7 +214,8 @@ struct Signature<R (C::*)(P...)> {
   static void WriteBack(Values& values, Arguments arguments) {
     [&]<size_t... I>(std::index_sequence<I...>) {
       (WriteBackOne<P>(std::get<I>(values), arguments, I), ...);
-    }(std::index_sequence_for<P...>{});
+    }
+    (std::index_sequence_for<P...>{});
   }
 
  private:
@@ -224,7 +239,8 @@ Variant CallMethod(Object& object, const MemberInfo& member, InvokeKind, Argumen
     ((std::get<I>(values) =
           Fetch<std::tuple_element_t<I, typename S::Values>>(member, arguments, I)),
      ...);
-  }(std::make_index_sequence<S::kCount>{});
+  }
+  (std::make_index_sequence<S::kCount>{});
 
   struct WriteBackAtExit {
     typename S::Values& values;
@@ -283,10 +299,12 @@ class Describe {
   template <auto Function>
   Describe& Method(const char16_t* name, std::initializer_list<Parameter> parameters = {}) {
     using S = class_table_detail::Signature<decltype(Function)>;
-    MemberInfo member{name, MemberKind::Method,
+    MemberInfo member{name,
+                      MemberKind::Method,
                       class_table_detail::TypeOf(
                           class_table_detail::Tag<std::remove_cvref_t<typename S::Result>>{}),
-                      {}, &class_table_detail::CallMethod<C, Function>};
+                      {},
+                      &class_table_detail::CallMethod<C, Function>};
     for (const Parameter& parameter : parameters) member.parameters.push_back(parameter.info);
     // A table that does not fit its member function is a mistake of this library.
     if (member.parameters.size() != S::kCount) {
@@ -301,23 +319,20 @@ class Describe {
   template <auto Field>
   Describe& Property(const char16_t* name) {
     using T = typename class_table_detail::FieldOf<decltype(Field)>::Type;
-    return AddProperty<T>(name, MemberKind::Property,
-                          &class_table_detail::AccessField<C, Field>);
+    return AddProperty<T>(name, MemberKind::Property, &class_table_detail::AccessField<C, Field>);
   }
 
   // A getter without parameters and a setter with one.
   template <auto Get, auto Set>
   Describe& Property(const char16_t* name) {
-    using T = std::remove_cvref_t<
-        typename class_table_detail::Signature<decltype(Get)>::Result>;
+    using T = std::remove_cvref_t<typename class_table_detail::Signature<decltype(Get)>::Result>;
     return AddProperty<T>(name, MemberKind::Property,
                           &class_table_detail::AccessProperty<C, Get, Set>);
   }
 
   template <auto Get>
   Describe& ReadOnlyProperty(const char16_t* name) {
-    using T = std::remove_cvref_t<
-        typename class_table_detail::Signature<decltype(Get)>::Result>;
+    using T = std::remove_cvref_t<typename class_table_detail::Signature<decltype(Get)>::Result>;
     return AddProperty<T>(name, MemberKind::ReadOnlyProperty,
                           &class_table_detail::CallMethod<C, Get>);
   }

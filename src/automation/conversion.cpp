@@ -13,9 +13,12 @@ namespace {
 // What is common to all conversions of values that are no plain data.
 [[noreturn]] void RaiseUnconvertible(const Variant& value) {
   switch (value.Type()) {
-    case VariantType::Null: throw InvalidUseOfNull();
-    case VariantType::Missing: throw ArgumentNotOptional();
-    default: throw TypeMismatch();
+    case VariantType::Null:
+      throw InvalidUseOfNull();
+    case VariantType::Missing:
+      throw ArgumentNotOptional();
+    default:
+      throw TypeMismatch();
   }
 }
 
@@ -57,31 +60,49 @@ Integer ToInteger(const Variant& value) {
 
 Text ToText(const Variant& value) {
   switch (value.Type()) {
-    case VariantType::Text: return value.As<Text>();
-    case VariantType::Empty: return {};
-    case VariantType::Boolean: return value.As<bool>() ? u"True" : u"False";
-    case VariantType::Byte: return NumberText(value.As<uint8_t>());
-    case VariantType::Int16: return NumberText(value.As<int16_t>());
-    case VariantType::Int32: return NumberText(value.As<int32_t>());
-    case VariantType::Double: return DoubleText(value.As<double>());
-    case VariantType::Currency: return CurrencyText(value.As<Currency>());
-    case VariantType::Decimal: return value.As<Decimal>().digits;
-    case VariantType::Date: return DateText(value.As<Date>());
-    default: RaiseUnconvertible(value);
+    case VariantType::Text:
+      return value.As<Text>();
+    case VariantType::Empty:
+      return {};
+    case VariantType::Boolean:
+      return value.As<bool>() ? u"True" : u"False";
+    case VariantType::Byte:
+      return NumberText(value.As<uint8_t>());
+    case VariantType::Int16:
+      return NumberText(value.As<int16_t>());
+    case VariantType::Int32:
+      return NumberText(value.As<int32_t>());
+    case VariantType::Double:
+      return DoubleText(value.As<double>());
+    case VariantType::Currency:
+      return CurrencyText(value.As<Currency>());
+    case VariantType::Decimal:
+      return value.As<Decimal>().digits;
+    case VariantType::Date:
+      return DateText(value.As<Date>());
+    default:
+      RaiseUnconvertible(value);
   }
 }
 
 double ToDouble(const Variant& value) {
   switch (value.Type()) {
-    case VariantType::Double: return value.As<double>();
-    case VariantType::Empty: return 0;
-    case VariantType::Boolean: return value.As<bool>() ? -1 : 0;
-    case VariantType::Byte: return value.As<uint8_t>();
-    case VariantType::Int16: return value.As<int16_t>();
-    case VariantType::Int32: return value.As<int32_t>();
+    case VariantType::Double:
+      return value.As<double>();
+    case VariantType::Empty:
+      return 0;
+    case VariantType::Boolean:
+      return value.As<bool>() ? -1 : 0;
+    case VariantType::Byte:
+      return value.As<uint8_t>();
+    case VariantType::Int16:
+      return value.As<int16_t>();
+    case VariantType::Int32:
+      return value.As<int32_t>();
     case VariantType::Currency:
       return static_cast<double>(value.As<Currency>().tenThousandths) / 10000;
-    case VariantType::Date: return value.As<Date>().days;
+    case VariantType::Date:
+      return value.As<Date>().days;
     case VariantType::Decimal:
     case VariantType::Text: {
       const TextView text =
@@ -90,7 +111,8 @@ double ToDouble(const Variant& value) {
       if (const auto truth = ParseBoolean(text)) return *truth ? -1 : 0;
       throw TypeMismatch();
     }
-    default: RaiseUnconvertible(value);
+    default:
+      RaiseUnconvertible(value);
   }
 }
 

@@ -3,14 +3,13 @@
 namespace vellum250 {
 
 const ClassTable& Dictionary::Table() {
-  static const ClassTable table =
-      Describe<Dictionary>(u"Dictionary")
-          .Method<&Dictionary::Item>(u"Item", {u"Key"})
-          .Method<&Dictionary::Add>(u"Add", {u"Key", u"Item"})
-          .Method<&Dictionary::Exists>(u"Exists", {u"Key"})
-          .Method<&Dictionary::Remove>(u"Remove", {u"Key"})
-          .Method<&Dictionary::RemoveAll>(u"RemoveAll")
-          .ReadOnlyProperty<&Dictionary::Count>(u"Count");
+  static const ClassTable table = Describe<Dictionary>(u"Dictionary")
+                                      .Method<&Dictionary::Item>(u"Item", {u"Key"})
+                                      .Method<&Dictionary::Add>(u"Add", {u"Key", u"Item"})
+                                      .Method<&Dictionary::Exists>(u"Exists", {u"Key"})
+                                      .Method<&Dictionary::Remove>(u"Remove", {u"Key"})
+                                      .Method<&Dictionary::RemoveAll>(u"RemoveAll")
+                                      .ReadOnlyProperty<&Dictionary::Count>(u"Count");
   return table;
 }
 

@@ -23,9 +23,7 @@ Failure InvalidProcedureCall(TextView detail) {
 }
 Failure OverflowFailure(TextView detail) { return Make(6, u"Overflow", detail); }
 Failure OutOfMemory(TextView detail) { return Make(7, u"Out of memory", detail); }
-Failure SubscriptOutOfRange(TextView detail) {
-  return Make(9, u"Subscript out of range", detail);
-}
+Failure SubscriptOutOfRange(TextView detail) { return Make(9, u"Subscript out of range", detail); }
 Failure TypeMismatch(TextView detail) { return Make(13, u"Type mismatch", detail); }
 Failure ObjectNotSet(TextView detail) { return Make(91, u"Object variable not set", detail); }
 Failure InvalidUseOfNull(TextView detail) { return Make(94, u"Invalid use of Null", detail); }
@@ -36,9 +34,7 @@ Failure CannotCreateObject(TextView detail) {
 Failure NoSuchMember(TextView detail) {
   return Make(438, u"Object doesn't support this property or method", detail);
 }
-Failure ArgumentNotOptional(TextView detail) {
-  return Make(449, u"Argument not optional", detail);
-}
+Failure ArgumentNotOptional(TextView detail) { return Make(449, u"Argument not optional", detail); }
 Failure WrongNumberOfArguments(TextView detail) {
   return Make(450, u"Wrong number of arguments or invalid property assignment", detail);
 }
@@ -47,8 +43,7 @@ Failure KeyAlreadyAssociated(TextView detail) {
 }
 
 Failure WithDetail(const Failure& failure, TextView detail) {
-  return Failure(failure.Number(), failure.Source(),
-                 failure.Description() + u": " + Text(detail));
+  return Failure(failure.Number(), failure.Source(), failure.Description() + u": " + Text(detail));
 }
 
 Failure CurrentFailure() noexcept {

@@ -59,7 +59,9 @@ class KeyedCollection {
     if (index == kAbsent) throw InvalidProcedureCall(u"no such key: " + Text(key));
     return index;
   }
-  void Erase(size_t index) { entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index)); }
+  void Erase(size_t index) {
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
+  }
 
   std::vector<Entry> entries_;
 };

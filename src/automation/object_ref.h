@@ -20,8 +20,8 @@ class Ref {
   Ref(const Ref& other) : object_(other.object_) { Retain(object_); }
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   template <typename U>
-    requires std::convertible_to<U*, T*>
-  Ref(const Ref<U>& other) : Ref(static_cast<T*>(other.get())) {}
+  requires std::convertible_to<U*, T*> Ref(const Ref<U>& other)
+      : Ref(static_cast<T*>(other.get())) {}
   ~Ref() { Release(object_); }
   Ref& operator=(Ref other) noexcept {
     std::swap(object_, other.object_);

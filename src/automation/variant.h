@@ -39,7 +39,19 @@ struct Missing {
 
 // In the order of Variant's alternatives.
 enum class VariantType : uint8_t {
-  Empty, Null, Boolean, Byte, Int16, Int32, Double, Currency, Decimal, Date, Text, Object, Missing
+  Empty,
+  Null,
+  Boolean,
+  Byte,
+  Int16,
+  Int32,
+  Double,
+  Currency,
+  Decimal,
+  Date,
+  Text,
+  Object,
+  Missing
 };
 
 class Variant {
@@ -72,12 +84,18 @@ class Variant {
 
   // The alternative itself, or nullptr when the variant holds another.
   template <typename T>
-  const T* If() const { return std::get_if<T>(&value_); }
+  const T* If() const {
+    return std::get_if<T>(&value_);
+  }
   template <typename T>
-  T* If() { return std::get_if<T>(&value_); }
+  T* If() {
+    return std::get_if<T>(&value_);
+  }
   // The alternative itself; the caller knows the type.
   template <typename T>
-  const T& As() const { return std::get<T>(value_); }
+  const T& As() const {
+    return std::get<T>(value_);
+  }
 
   // Same type and same value; no conversion.
   bool operator==(const Variant&) const = default;

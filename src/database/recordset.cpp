@@ -5,11 +5,12 @@
 namespace vellum250::database {
 
 TextView SqlTypeName(SqlType type) {
-  static constexpr TextView kNames[] = {
-      u"bit",      u"tinyint", u"smallint", u"int",      u"bigint",   u"decimal",
-      u"money",    u"smallmoney", u"float", u"real",     u"datetime", u"smalldatetime",
-      u"date",     u"char",    u"varchar",  u"text",     u"nchar",    u"nvarchar",
-      u"ntext",    u"uniqueidentifier",     u"binary",   u"varbinary", u"image", u"sysname"};
+  static constexpr TextView kNames[] = {u"bit",    u"tinyint",   u"smallint", u"int",
+                                        u"bigint", u"decimal",   u"money",    u"smallmoney",
+                                        u"float",  u"real",      u"datetime", u"smalldatetime",
+                                        u"date",   u"char",      u"varchar",  u"text",
+                                        u"nchar",  u"nvarchar",  u"ntext",    u"uniqueidentifier",
+                                        u"binary", u"varbinary", u"image",    u"sysname"};
   return kNames[static_cast<size_t>(type)];
 }
 

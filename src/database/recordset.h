@@ -13,9 +13,30 @@ namespace vellum250::database {
 // BigInt and Decimal Decimal; Money and SmallMoney Currency; Float and Real Double; the dates Date;
 // all others Text.
 enum class SqlType : uint8_t {
-  Bit, TinyInt, SmallInt, Int, BigInt, Decimal, Money, SmallMoney, Float, Real,
-  DateTime, SmallDateTime, Date, Char, VarChar, Text, NChar, NVarChar, NText,
-  UniqueIdentifier, Binary, VarBinary, Image, Sysname
+  Bit,
+  TinyInt,
+  SmallInt,
+  Int,
+  BigInt,
+  Decimal,
+  Money,
+  SmallMoney,
+  Float,
+  Real,
+  DateTime,
+  SmallDateTime,
+  Date,
+  Char,
+  VarChar,
+  Text,
+  NChar,
+  NVarChar,
+  NText,
+  UniqueIdentifier,
+  Binary,
+  VarBinary,
+  Image,
+  Sysname
 };
 
 // The type's name as SQL Server writes it ("varchar", "datetime" ...).
@@ -47,7 +68,9 @@ class Recordset {
   const Variant& Field(TextView name) const;
 
   // Any row, for those who read them all: row < RowCount(), index < Columns().size().
-  const Variant& At(size_t row, size_t index) const { return values_[row * columns_.size() + index]; }
+  const Variant& At(size_t row, size_t index) const {
+    return values_[row * columns_.size() + index];
+  }
 
  private:
   std::vector<Column> columns_;

@@ -26,10 +26,23 @@ TEST(Conversion, NumbersRoundHalfToEven) {
     Variant from;
     int32_t to;
   } cases[] = {
-      {0.5, 0},         {1.5, 2},      {2.5, 2},          {-0.5, 0},        {-1.5, -2},
-      {2.51, 3},        {true, -1},    {u" 42 ", 42},     {u"-7", -7},      {u"1e3", 1000},
-      {u"1,234", 1234}, {u"True", -1}, {u" false ", 0},   {uint8_t{255}, 255},
-      {Variant(), 0},   {Currency{25000}, 2}, {Decimal{u"2147483647"}, 2147483647},
+      {0.5, 0},
+      {1.5, 2},
+      {2.5, 2},
+      {-0.5, 0},
+      {-1.5, -2},
+      {2.51, 3},
+      {true, -1},
+      {u" 42 ", 42},
+      {u"-7", -7},
+      {u"1e3", 1000},
+      {u"1,234", 1234},
+      {u"True", -1},
+      {u" false ", 0},
+      {uint8_t{255}, 255},
+      {Variant(), 0},
+      {Currency{25000}, 2},
+      {Decimal{u"2147483647"}, 2147483647},
       {Date{36526}, 36526},
   };
   for (const auto& c : cases) EXPECT_EQ(ToInt32(c.from), c.to) << ToUtf8(ToText(c.from));
@@ -45,7 +58,10 @@ TEST(Conversion, FailuresHaveTheRunTimesNumbers) {
       {13, [] { ToInt32(u"1 2"); }},
       {13, [] { ToInt32(u"0x10"); }},
       {13, [] { ToInt32(u"inf"); }},
-      {13, [] { ToInt32(Text{u'1', 0}); }},
+      {13,
+       [] {
+         ToInt32(Text{u'1', 0});
+       }},
       {13, [] { ToBoolean(u"yes"); }},
       {13, [] { ToDate(u"31/02/2004"); }},
       {13, [] { ToText(ObjectRef()); }},

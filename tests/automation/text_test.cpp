@@ -24,11 +24,13 @@ TEST(Utf8, ReplacesWhatIsNoEncoding) {
     std::string_view bytes;
     Text text;
   } cases[] = {
-      {"\xC3", u"\uFFFD"},                    // cut off
-      {"\xC0\x80", u"\uFFFD\uFFFD"},          // overlong
-      {"\xE0\x80\xAF", u"\uFFFD\uFFFD\uFFFD"},  // overlong
+      {"\xC3", u"\uFFFD"},                                // cut off
+      {"\xC0\x80", u"\uFFFD\uFFFD"},                      // overlong
+      {"\xE0\x80\xAF", u"\uFFFD\uFFFD\uFFFD"},            // overlong
       {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // beyond Unicode
-      {"a\xFF" "b", u"a\uFFFDb"},
+      {"a\xFF"
+       "b",
+       u"a\uFFFDb"},
       {"\xE2\x82(", u"\uFFFD\uFFFD("},
   };
   for (const auto& c : cases) EXPECT_EQ(FromUtf8(c.bytes), c.text) << c.bytes;

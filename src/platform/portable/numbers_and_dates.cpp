@@ -20,9 +20,9 @@ void AppendPadded(Text& out, int number, int width) {
   out.append(std::max<int>(0, width - static_cast<int>(digits.size())), u'0').append(digits);
 }
 
-constexpr std::array<TextView, 12> kMonths = {
-    u"january", u"february", u"march",     u"april",   u"may",      u"june",
-    u"july",    u"august",   u"september", u"october", u"november", u"december"};
+constexpr std::array<TextView, 12> kMonths = {u"january",   u"february", u"march",    u"april",
+                                              u"may",       u"june",     u"july",     u"august",
+                                              u"september", u"october",  u"november", u"december"};
 
 // One piece of a date text: a number, a word, or a separator.
 struct Piece {
@@ -192,8 +192,8 @@ std::optional<double> ParseDouble(TextView text) {
   for (char16_t c : trimmed) {
     // Grouping commas are read over, as the run time does; letters only in an exponent.
     if (c == u',') continue;
-    const bool allowed = (c >= u'0' && c <= u'9') || c == u'.' || c == u'-' || c == u'+' ||
-                         c == u'e' || c == u'E';
+    const bool allowed =
+        (c >= u'0' && c <= u'9') || c == u'.' || c == u'-' || c == u'+' || c == u'e' || c == u'E';
     if (!allowed) return std::nullopt;
     ascii.push_back(static_cast<char>(c));
   }
