@@ -15,15 +15,23 @@ class ConnectionString {
     Text value;  // without the braces or quotes
   };
 
-  // Raises a DatabaseFailure that names what is wrong, never a value.
+  // A value may stand in {braces}, "quotes" or 'quotes', where the closing mark is doubled to mean
+  // itself; any other value ends at the next ";". Blanks around keys and values do not count, nor
+  // do empty entries. Raises a DatabaseFailure that says what is wrong and in which entry, but
+  // never repeats any text, which might be part of a password.
   static ConnectionString Parse(TextView text);
+
+  ConnectionString() = default;
+  explicit ConnectionString(std::vector<Entry> entries);
 
   // The first value of a key, without regard to case and to blanks in the key.
   std::optional<TextView> Find(TextView key) const;
   const std::vector<Entry>& Entries() const { return entries_; }
+  // The values of all password keys that are not empty.
+  std::vector<Text> Passwords() const;
   // In order, values braced where they need it.
   Text ToText() const;
-  // As Parse took it; the key of pools.
+  // As Parse took it, or as ToText gives it; the key of pools.
   const Text& Source() const { return source_; }
 
  private:
@@ -31,7 +39,13 @@ class ConnectionString {
   Text source_;
 };
 
-// `text` with every value of a password key ("PWD", "Password") replaced by "***": for messages.
+// Whether two keys are one: without regard to case and to blanks.
+bool SameKey(TextView a, TextView b);
+// "PWD", "Password" and longer keys that hold one of them ("Database Password").
+bool IsPasswordKey(TextView key);
+
+// `text` with every value of a password key replaced by "***", and with all replaced that follows
+// the point from which it cannot be read: for messages.
 Text WithoutPasswords(TextView text);
 
 }  // namespace vellum250::database
