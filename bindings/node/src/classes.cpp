@@ -189,8 +189,9 @@ napi_value AssignUnknown(napi_env env, napi_callback_info info) {
     if (!IsSymbol(env, call.values[1])) {
       throw NoSuchMember(table.Name() + u"." + ReadText(env, call.values[1]));
     }
-    const napi_property_descriptor own = {nullptr, call.values[1], nullptr, nullptr, nullptr,
-                                          call.values[2], napi_default_jsproperty, nullptr};
+    const napi_property_descriptor own = {
+        nullptr,        call.values[1],          nullptr, nullptr, nullptr,
+        call.values[2], napi_default_jsproperty, nullptr};
     Check(env, napi_define_properties(env, call.values[3], 1, &own));
     return Napi::Boolean::New(env, true);
   });
@@ -209,8 +210,7 @@ void GuardUnknownMembers(Environment& environment, Napi::Object prototype,
       {"set", nullptr, AssignUnknown, nullptr, nullptr, nullptr, napi_default, data}};
   Check(env, napi_define_properties(env, handler, std::size(traps), traps));
   environment.Functions().setPrototypeOf.Call(
-      {prototype,
-       environment.Functions().proxy.New({Napi::Object::New(env), handler})});
+      {prototype, environment.Functions().proxy.New({Napi::Object::New(env), handler})});
 }
 
 napi_property_descriptor Describe(napi_env env, MemberBinding& binding) {
@@ -244,8 +244,8 @@ ClassBinding::ClassBinding(Environment& environment, const ClassTable& table)
   // "vellum250.address" is the class address.
   const std::string name = ToUtf8(TextView(table.Name()).substr(table.Name().rfind(u'.') + 1));
   napi_value defined = nullptr;
-  Check(env, napi_define_class(env, name.data(), name.size(), Construct, nullptr,
-                               properties.size(), properties.data(), &defined));
+  Check(env, napi_define_class(env, name.data(), name.size(), Construct, nullptr, properties.size(),
+                               properties.data(), &defined));
   class_ = Napi::Persistent(Napi::Function(env, defined));
   GuardUnknownMembers(environment, class_.Value().Get("prototype").As<Napi::Object>(), table);
 }
@@ -290,8 +290,8 @@ Napi::Function DefineRefClass(Napi::Env env) {
     });
   };
   napi_value defined = nullptr;
-  Check(env, napi_define_class(env, "Ref", NAPI_AUTO_LENGTH, construct, nullptr, 0, nullptr,
-                               &defined));
+  Check(env,
+        napi_define_class(env, "Ref", NAPI_AUTO_LENGTH, construct, nullptr, 0, nullptr, &defined));
   return Napi::Function(env, defined);
 }
 

@@ -31,8 +31,8 @@ BuiltIns::BuiltIns(Napi::Env env) {
 
   date = Keep(env.Global().Get("Date"));
   const Napi::Object dates = PrototypeOf(env, "Date");
-  static constexpr const char* kGetters[] = {"getFullYear", "getMonth",   "getDate",
-                                             "getHours",    "getMinutes", "getSeconds",
+  static constexpr const char* kGetters[] = {"getFullYear",    "getMonth",   "getDate",
+                                             "getHours",       "getMinutes", "getSeconds",
                                              "getMilliseconds"};
   for (size_t i = 0; i < std::size(kGetters); ++i) dateParts[i] = Keep(dates.Get(kGetters[i]));
 }

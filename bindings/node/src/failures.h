@@ -1,4 +1,5 @@
-// Failures on their way to JavaScript, and JavaScript's exceptions on their way through the library.
+// Failures on their way to JavaScript, and JavaScript's exceptions on their way through the
+// library.
 #pragma once
 
 #include <napi.h>

@@ -111,8 +111,8 @@ bool IsMap(Environment& environment, napi_value value) {
   const napi_env env = environment.Env();
   napi_value size = nullptr;
   // The function answers for maps only, also for those of another realm.
-  if (napi_call_function(env, value, environment.Functions().mapSize.Value(), 0, nullptr,
-                         &size) == napi_ok) {
+  if (napi_call_function(env, value, environment.Functions().mapSize.Value(), 0, nullptr, &size) ==
+      napi_ok) {
     return true;
   }
   Check(env, napi_get_and_clear_last_exception(env, &size));

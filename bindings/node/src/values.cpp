@@ -112,27 +112,37 @@ Variant ReadNumber(napi_env env, napi_value value) {
 
 Text RequireText(napi_env env, napi_value value, TextView name) {
   switch (TypeOf(env, value)) {
-    case napi_string: return ReadText(env, value);
-    case napi_undefined: throw ArgumentNotOptional(name);
-    default: throw TypeMismatch(name);
+    case napi_string:
+      return ReadText(env, value);
+    case napi_undefined:
+      throw ArgumentNotOptional(name);
+    default:
+      throw TypeMismatch(name);
   }
 }
 
 Variant ToVariant(Environment& environment, napi_value value) {
   const napi_env env = environment.Env();
   switch (TypeOf(env, value)) {
-    case napi_undefined: return Missing{};
-    case napi_null: return Null{};
+    case napi_undefined:
+      return Missing{};
+    case napi_null:
+      return Null{};
     case napi_boolean: {
       bool truth = false;
       Check(env, napi_get_value_bool(env, value, &truth));
       return truth;
     }
-    case napi_number: return ReadNumber(env, value);
-    case napi_string: return ReadText(env, value);
-    case napi_bigint: return ReadBigInt(env, value);
-    case napi_object: return ReadObject(environment, value);
-    default: throw TypeMismatch();
+    case napi_number:
+      return ReadNumber(env, value);
+    case napi_string:
+      return ReadText(env, value);
+    case napi_bigint:
+      return ReadBigInt(env, value);
+    case napi_object:
+      return ReadObject(environment, value);
+    default:
+      throw TypeMismatch();
   }
 }
 
@@ -141,19 +151,30 @@ napi_value ToJavaScript(Environment& environment, const Variant& value) {
   const auto number = [env](double n) -> napi_value { return Napi::Number::New(env, n); };
   switch (value.Type()) {
     case VariantType::Empty:
-    case VariantType::Missing: return Napi::Env(env).Undefined();
-    case VariantType::Null: return Napi::Env(env).Null();
-    case VariantType::Boolean: return Napi::Boolean::New(env, value.As<bool>());
-    case VariantType::Byte: return number(value.As<uint8_t>());
-    case VariantType::Int16: return number(value.As<int16_t>());
-    case VariantType::Int32: return number(value.As<int32_t>());
-    case VariantType::Double: return number(value.As<double>());
+    case VariantType::Missing:
+      return Napi::Env(env).Undefined();
+    case VariantType::Null:
+      return Napi::Env(env).Null();
+    case VariantType::Boolean:
+      return Napi::Boolean::New(env, value.As<bool>());
+    case VariantType::Byte:
+      return number(value.As<uint8_t>());
+    case VariantType::Int16:
+      return number(value.As<int16_t>());
+    case VariantType::Int32:
+      return number(value.As<int32_t>());
+    case VariantType::Double:
+      return number(value.As<double>());
     case VariantType::Currency:
       return number(static_cast<double>(value.As<Currency>().tenThousandths) / 10000);
-    case VariantType::Decimal: return MakeText(env, value.As<Decimal>().digits);
-    case VariantType::Date: return MakeDate(environment, value.As<Date>());
-    case VariantType::Text: return MakeText(env, value.As<Text>());
-    case VariantType::Object: return MakeObjectValue(environment, value.As<ObjectRef>());
+    case VariantType::Decimal:
+      return MakeText(env, value.As<Decimal>().digits);
+    case VariantType::Date:
+      return MakeDate(environment, value.As<Date>());
+    case VariantType::Text:
+      return MakeText(env, value.As<Text>());
+    case VariantType::Object:
+      return MakeObjectValue(environment, value.As<ObjectRef>());
   }
   return nullptr;
 }

@@ -33,9 +33,9 @@ class Probe final : public ScriptObject<Probe> {
   Text EchoText(const Text& value) { return value; }
 
   Text TypeName(const Variant& value) {
-    static constexpr TextView kNames[] = {u"Empty",    u"Null",    u"Boolean", u"Byte", u"Int16",
-                                          u"Int32",    u"Double",  u"Currency", u"Decimal",
-                                          u"Date",     u"Text",    u"Object",  u"Missing"};
+    static constexpr TextView kNames[] = {u"Empty", u"Null",   u"Boolean",  u"Byte",    u"Int16",
+                                          u"Int32", u"Double", u"Currency", u"Decimal", u"Date",
+                                          u"Text",  u"Object", u"Missing"};
     return Text(kNames[static_cast<size_t>(value.Type())]);
   }
   bool Given(const std::optional<Text>& value) { return value.has_value(); }
