@@ -1,0 +1,201 @@
+#include "results.h"
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "automation/conversion.h"
+
+namespace vellum250::sqltool {
+namespace {
+
+using database::Column;
+using database::Recordset;
+using database::SqlType;
+
+std::string Formatted(const char* format, auto... values) {
+  char buffer[64];
+  const int length = std::snprintf(buffer, sizeof buffer, format, values...);
+  return std::string(buffer, static_cast<size_t>(length));
+}
+
+// The shortest digits that give the same number again.
+std::string NumberDigits(double number) {
+  char buffer[32];
+  const auto end = std::to_chars(buffer, buffer + sizeof buffer, number).ptr;
+  return std::string(buffer, end);
+}
+
+std::string MoneyDigits(Currency money) {
+  const auto digits = std::imaxdiv(money.tenThousandths, 10000);
+  const char* sign = money.tenThousandths < 0 ? "-" : "";
+  return Formatted("%s%jd.%04jd", sign, std::imaxabs(digits.quot), std::imaxabs(digits.rem));
+}
+
+// The fraction of an automation date counts from midnight also before 30 December 1899, where the
+// days are negative.
+std::string DateDigits(Date date, bool withTime) {
+  constexpr int64_t kDay = 86'400'000;
+  const double wholeDays = std::trunc(date.days);
+  auto day = static_cast<int64_t>(wholeDays);
+  int64_t time = std::llround(std::fabs(date.days - wholeDays) * kDay);
+  if (time == kDay) ++day, time = 0;
+  using namespace std::chrono;
+  const year_month_day ymd(sys_days(year(1899) / 12 / 30) + days(day));
+  std::string text =
+      Formatted("%04d-%02u-%02u", static_cast<int>(ymd.year()), static_cast<unsigned>(ymd.month()),
+                static_cast<unsigned>(ymd.day()));
+  if (withTime) {
+    text += Formatted(" %02jd:%02jd:%02jd.%03jd", time / 3'600'000, time / 60'000 % 60,
+                      time / 1000 % 60, time % 1000);
+  }
+  return text;
+}
+
+// A value's text in both formats; JSON quotes what is not a number there.
+std::string ValueText(const Variant& value, SqlType type) {
+  if (const auto* date = value.If<Date>()) return DateDigits(*date, type != SqlType::Date);
+  if (const auto* money = value.If<Currency>()) return MoneyDigits(*money);
+  if (const auto* number = value.If<double>()) return NumberDigits(*number);
+  if (const auto* bit = value.If<bool>()) return *bit ? "1" : "0";
+  return ToUtf8(ToText(value));
+}
+
+void AppendEscaped(std::string& out, std::string_view text) {
+  for (const char c : text) {
+    switch (c) {
+      case '\t':
+        out += "\\t";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\0':
+        out += "\\0";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      default:
+        out += c;
+    }
+  }
+}
+
+void AppendJsonText(std::string& out, TextView text) {
+  out += '"';
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char16_t c = text[i];
+    const bool pair =
+        (c & 0xFC00) == 0xD800 && i + 1 < text.size() && (text[i + 1] & 0xFC00) == 0xDC00;
+    if (pair) {
+      AppendUtf8(out, text.substr(i++, 2));
+    } else if (c == u'"' || c == u'\\') {
+      out += '\\';
+      out += static_cast<char>(c);
+    } else if (c < 0x20 || (c & 0xF800) == 0xD800) {
+      out += Formatted("\\u%04x", static_cast<unsigned>(c));
+    } else {
+      AppendUtf8(out, text.substr(i, 1));
+    }
+  }
+  out += '"';
+}
+
+void AppendJsonValue(std::string& out, const Variant& value, SqlType type) {
+  switch (type) {
+    case SqlType::TinyInt:
+    case SqlType::SmallInt:
+    case SqlType::Int:
+    case SqlType::BigInt:
+    case SqlType::Float:
+    case SqlType::Real:
+      out += value.IsNull() ? "null" : ValueText(value, type);
+      return;
+    case SqlType::Bit:
+      out += value.IsNull() ? "null" : ToBoolean(value) ? "true" : "false";
+      return;
+    default:
+      break;
+  }
+  if (value.IsNull()) {
+    out += "null";
+  } else if (const auto* text = value.If<Text>()) {
+    AppendJsonText(out, *text);
+  } else {
+    AppendJsonText(out, FromUtf8(ValueText(value, type)));
+  }
+}
+
+// Calls `append` for each number below `count`, with ", " between.
+void AppendList(std::string& out, size_t count, auto append) {
+  out += '[';
+  for (size_t i = 0; i < count; ++i) {
+    if (i > 0) out += ", ";
+    append(i);
+  }
+  out += ']';
+}
+
+void AppendJsonResult(std::string& out, const Recordset& rows) {
+  const std::vector<Column>& columns = rows.Columns();
+  out += "{\"columns\": ";
+  AppendList(out, columns.size(), [&](size_t i) {
+    out += "{\"name\": ";
+    AppendJsonText(out, columns[i].name);
+    out += ", \"type\": ";
+    AppendJsonText(out, database::SqlTypeName(columns[i].type));
+    out += '}';
+  });
+  out += ", \"rows\": ";
+  AppendList(out, rows.RowCount(), [&](size_t row) {
+    AppendList(out, columns.size(),
+               [&](size_t i) { AppendJsonValue(out, rows.At(row, i), columns[i].type); });
+  });
+  out += '}';
+}
+
+}  // namespace
+
+void AppendTable(std::string& out, const Recordset& rows) {
+  const std::vector<Column>& columns = rows.Columns();
+  const auto appendLine = [&](auto appendField) {
+    for (size_t i = 0; i < columns.size(); ++i) {
+      if (i > 0) out += '\t';
+      appendField(i);
+    }
+    out += '\n';
+  };
+  appendLine([&](size_t i) { AppendEscaped(out, ToUtf8(columns[i].name)); });
+  for (size_t row = 0; row < rows.RowCount(); ++row) {
+    appendLine([&](size_t i) {
+      const Variant& value = rows.At(row, i);
+      AppendEscaped(out, value.IsNull() ? "NULL" : ValueText(value, columns[i].type));
+    });
+  }
+}
+
+void AppendDocument(std::string& out, const Outcome& outcome) {
+  out += "{\"results\": ";
+  AppendList(out, outcome.results.size(),
+             [&](size_t i) { AppendJsonResult(out, outcome.results[i]); });
+  out += ", \"rowcounts\": ";
+  AppendList(out, outcome.rowCounts.size(),
+             [&](size_t i) { out += std::to_string(outcome.rowCounts[i]); });
+  out += ", \"error\": ";
+  if (outcome.failure) {
+    out += "{\"number\": " + std::to_string(outcome.number) + ", \"message\": ";
+    AppendJsonText(out, outcome.failure->Description());
+    out += ", \"line\": " + std::to_string(outcome.line) + "}";
+  } else {
+    out += "null";
+  }
+  out += "}\n";
+}
+
+}  // namespace vellum250::sqltool

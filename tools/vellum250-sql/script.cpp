@@ -1,0 +1,96 @@
+#include "script.h"
+
+#include <algorithm>
+
+#include "automation/failure.h"
+
+namespace vellum250::sqltool {
+namespace {
+
+constexpr TextView kBlanks = u" \t\r\n\v\f";
+
+// Follows a script line by line and knows whether a comment, a text or a quoted name goes on into
+// the next line.
+class OpenSpan {
+ public:
+  explicit operator bool() const { return closing_ != 0 || commentDepth_ > 0; }
+
+  void Follow(TextView line) {
+    for (size_t i = 0; i < line.size(); ++i) {
+      const TextView two = line.substr(i, 2);
+      if (commentDepth_ > 0) {
+        // Comments nest in this dialect.
+        if (two == u"*/") {
+          --commentDepth_, ++i;
+        } else if (two == u"/*") {
+          ++commentDepth_, ++i;
+        }
+      } else if (closing_ != 0) {
+        // A doubled closing character closes and opens again at once, which comes to the same.
+        if (line[i] == closing_) closing_ = 0;
+      } else if (two == u"--") {
+        return;
+      } else if (two == u"/*") {
+        ++commentDepth_, ++i;
+      } else if (line[i] == u'\'' || line[i] == u'"') {
+        closing_ = line[i];
+      } else if (line[i] == u'[') {
+        closing_ = u']';
+      }
+    }
+  }
+
+ private:
+  char16_t closing_ = 0;  // what ends the open text or quoted name, or 0
+  int commentDepth_ = 0;
+};
+
+bool IsSeparator(TextView line) {
+  const size_t begin = line.find_first_not_of(kBlanks);
+  if (begin == TextView::npos) return false;
+  const size_t end = line.find_last_not_of(kBlanks) + 1;
+  return EqualsIgnoreAsciiCase(line.substr(begin, end - begin), u"GO");
+}
+
+}  // namespace
+
+Text ScriptFromBytes(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
+  Text script = FromUtf8(bytes);
+  // Bytes that are no UTF-8 do not come back as they were.
+  const std::string again = ToUtf8(script);
+  if (again != bytes) {
+    const auto end = std::mismatch(bytes.begin(), bytes.end(), again.begin(), again.end()).first;
+    const auto line = std::count(bytes.begin(), end, '\n') + 1;
+    throw Failure(5, kLibrarySource, u"line " + NumberText(line) + u" is not UTF-8 text");
+  }
+  return script;
+}
+
+std::vector<ScriptBatch> SplitBatches(TextView script) {
+  std::vector<ScriptBatch> batches;
+  OpenSpan open;
+  size_t batchBegin = 0;
+  int32_t batchLine = 1;
+  int32_t line = 1;
+  const auto endBatch = [&](size_t end) {
+    const TextView sql = script.substr(batchBegin, end - batchBegin);
+    if (sql.find_first_not_of(kBlanks) != TextView::npos) batches.push_back({sql, batchLine});
+  };
+  for (size_t begin = 0; begin < script.size(); ++line) {
+    const size_t end = std::min(script.find(u'\n', begin), script.size() - 1) + 1;
+    const TextView text = script.substr(begin, end - begin);
+    if (!open && IsSeparator(text)) {
+      endBatch(begin);
+      batchBegin = end;
+      batchLine = line + 1;
+    } else {
+      open.Follow(text);
+    }
+    begin = end;
+  }
+  endBatch(script.size());
+  return batches;
+}
+
+}  // namespace vellum250::sqltool

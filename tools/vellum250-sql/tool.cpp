@@ -1,0 +1,185 @@
+#include "tool.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <memory>
+
+#include "database/connection.h"
+#include "database/connection_string.h"
+#include "options.h"
+#include "results.h"
+#include "script.h"
+
+namespace vellum250::sqltool {
+namespace {
+
+using database::Batch;
+using database::Connection;
+using database::DatabaseFailure;
+
+void Write(std::FILE* file, std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), file);
+}
+
+// What a source is called in messages. A connection string that was taken for a script must not
+// show its password.
+std::string NameOf(const Source& source) {
+  switch (source.kind) {
+    case Source::Kind::StandardInput:
+      return "standard input";
+    case Source::Kind::Statement:
+      return "-q";
+    case Source::Kind::File:
+      break;
+  }
+  return ToUtf8(database::WithoutPasswords(FromUtf8(source.text)));
+}
+
+std::string ReadAll(std::FILE* file) {
+  std::string bytes;
+  char buffer[1 << 16];
+  while (const size_t count = std::fread(buffer, 1, sizeof buffer, file)) {
+    bytes.append(buffer, count);
+  }
+  if (std::ferror(file)) {
+    throw Failure(57, kLibrarySource, u"cannot be read: " + FromUtf8(std::strerror(errno)));
+  }
+  return bytes;
+}
+
+Text ScriptOf(const Source& source, std::FILE* in) {
+  if (source.kind == Source::Kind::StandardInput) return ScriptFromBytes(ReadAll(in));
+  if (source.kind == Source::Kind::Statement) return ScriptFromBytes(source.text);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(source.text.c_str(), "rb"),
+                                                             &std::fclose);
+  if (!file) {
+    throw Failure(53, kLibrarySource, u"cannot be opened: " + FromUtf8(std::strerror(errno)));
+  }
+  return ScriptFromBytes(ReadAll(file.get()));
+}
+
+class Runner {
+ public:
+  Runner(const Options& options, std::FILE* in, std::FILE* out, std::FILE* errors)
+      : options_(options), in_(in), out_(out), errors_(errors) {}
+
+  bool Run() {
+    for (const Source& source : options_.sources) {
+      const Outcome outcome = RunSource(source);
+      if (options_.json) {
+        std::string document;
+        AppendDocument(document, outcome);
+        Write(out_, document);
+      }
+      if (outcome.failure) {
+        Tell(NameOf(source), outcome);
+        return false;
+      }
+    }
+    return true;
+  }
+
+ private:
+  Outcome RunSource(const Source& source) {
+    Outcome outcome;
+    try {
+      if (!connection_) connection_ = Open();
+      const Text script = ScriptOf(source, in_);
+      std::vector<ScriptBatch> batches;
+      if (source.kind == Source::Kind::Statement) {
+        batches.push_back({script, 1});
+      } else {
+        batches = SplitBatches(script);
+      }
+      for (size_t i = 0; i < batches.size() && !outcome.failure; ++i) {
+        RunBatch(batches[i], outcome);
+      }
+    } catch (const DatabaseFailure& failure) {
+      outcome.failure = failure;
+      outcome.number = failure.NativeNumber();
+    } catch (...) {
+      outcome.failure = CurrentFailure();
+    }
+    return outcome;
+  }
+
+  std::unique_ptr<Connection> Open() const {
+    // The first value of a key counts.
+    const std::string create = options_.create ? "Create=yes;" : "";
+    return Connection::Open(FromUtf8(create + options_.connection));
+  }
+
+  void RunBatch(const ScriptBatch& script, Outcome& outcome) {
+    const auto start = std::chrono::steady_clock::now();
+    Batch batch = connection_->Run(script.sql);
+    if (options_.timing) {
+      const std::chrono::duration<double, std::milli> time =
+          std::chrono::steady_clock::now() - start;
+      std::fprintf(errors_, "line %d: %.3f ms\n", script.firstLine, time.count());
+    }
+    outcome.rowCounts.insert(outcome.rowCounts.end(), batch.rowCounts.begin(),
+                             batch.rowCounts.end());
+    for (database::Recordset& rows : batch.results) {
+      if (options_.json) {
+        outcome.results.push_back(std::move(rows));
+      } else {
+        Print(rows);
+      }
+    }
+    if (batch.failure) {
+      outcome.failure = *batch.failure;
+      outcome.number = batch.failure->NativeNumber();
+      if (batch.failure->Line() > 0) outcome.line = script.firstLine + batch.failure->Line() - 1;
+    }
+  }
+
+  // An empty line stands between the tables.
+  void Print(const database::Recordset& rows) {
+    std::string text = printed_ ? "\n" : "";
+    AppendTable(text, rows);
+    Write(out_, text);
+    printed_ = true;
+  }
+
+  void Tell(const std::string& name, const Outcome& outcome) {
+    std::string text = name + ":";
+    if (outcome.line > 0) text += std::to_string(outcome.line) + ":";
+    if (outcome.number != 0) text += " message " + std::to_string(outcome.number) + ":";
+    text += " " + ToUtf8(outcome.failure->Description()) + "\n";
+    std::fflush(out_);
+    Write(errors_, text);
+  }
+
+  const Options& options_;
+  std::FILE* in_;
+  std::FILE* out_;
+  std::FILE* errors_;
+  std::unique_ptr<Connection> connection_;
+  bool printed_ = false;
+};
+
+}  // namespace
+
+int RunTool(std::span<const std::string> arguments, std::FILE* in, std::FILE* out,
+            std::FILE* errors) {
+  Options options;
+  try {
+    options = ReadOptions(arguments);
+  } catch (const UsageError& error) {
+    Write(errors, "vellum250-sql: " + error.message + "\n" + kUsage);
+    return kWrongUsage;
+  }
+  if (options.help) {
+    Write(out, kUsage);
+    return kSuccess;
+  }
+  const bool ran = Runner(options, in, out, errors).Run();
+  if (std::fflush(out) != 0 || std::ferror(out)) {
+    Write(errors, "vellum250-sql: the output cannot be written\n");
+    return kFailed;
+  }
+  return ran ? kSuccess : kFailed;
+}
+
+}  // namespace vellum250::sqltool
