@@ -1,12 +1,11 @@
 #include "results.h"
 
 #include <charconv>
-#include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
 #include "automation/conversion.h"
+#include "automation/locale.h"
 
 namespace vellum250::sqltool {
 namespace {
@@ -29,27 +28,17 @@ std::string NumberDigits(double number) {
 }
 
 std::string MoneyDigits(Currency money) {
-  const auto digits = std::imaxdiv(money.tenThousandths, 10000);
-  const char* sign = money.tenThousandths < 0 ? "-" : "";
-  return Formatted("%s%jd.%04jd", sign, std::imaxabs(digits.quot), std::imaxabs(digits.rem));
+  const auto digits = std::lldiv(money.tenThousandths, 10000);
+  return Formatted("%s%lld.%04lld", money.tenThousandths < 0 ? "-" : "", std::llabs(digits.quot),
+                   std::llabs(digits.rem));
 }
 
-// The fraction of an automation date counts from midnight also before 30 December 1899, where the
-// days are negative.
 std::string DateDigits(Date date, bool withTime) {
-  constexpr int64_t kDay = 86'400'000;
-  const double wholeDays = std::trunc(date.days);
-  auto day = static_cast<int64_t>(wholeDays);
-  int64_t time = std::llround(std::fabs(date.days - wholeDays) * kDay);
-  if (time == kDay) ++day, time = 0;
-  using namespace std::chrono;
-  const year_month_day ymd(sys_days(year(1899) / 12 / 30) + days(day));
-  std::string text =
-      Formatted("%04d-%02u-%02u", static_cast<int>(ymd.year()), static_cast<unsigned>(ymd.month()),
-                static_cast<unsigned>(ymd.day()));
+  const CivilTime time = ToCivil(date);
+  std::string text = Formatted("%04d-%02d-%02d", time.year, time.month, time.day);
   if (withTime) {
-    text += Formatted(" %02jd:%02jd:%02jd.%03jd", time / 3'600'000, time / 60'000 % 60,
-                      time / 1000 % 60, time % 1000);
+    text +=
+        Formatted(" %02d:%02d:%02d.%03d", time.hour, time.minute, time.second, time.millisecond);
   }
   return text;
 }

@@ -26,8 +26,13 @@ class OpenSpan {
           ++commentDepth_, ++i;
         }
       } else if (closing_ != 0) {
-        // A doubled closing character closes and opens again at once, which comes to the same.
-        if (line[i] == closing_) closing_ = 0;
+        if (line[i] != closing_) continue;
+        // Doubled, it stands for itself.
+        if (two.size() == 2 && two[1] == closing_) {
+          ++i;
+        } else {
+          closing_ = 0;
+        }
       } else if (two == u"--") {
         return;
       } else if (two == u"/*") {
