@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "tool.h"
+#include "vellum250-sql/tool.h"
 
 int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);

@@ -1,4 +1,4 @@
-#include "options.h"
+#include "vellum250-sql/options.h"
 
 #include <optional>
 #include <string_view>

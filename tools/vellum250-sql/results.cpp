@@ -1,4 +1,4 @@
-#include "results.h"
+#include "vellum250-sql/results.h"
 
 #include <charconv>
 #include <cstdio>

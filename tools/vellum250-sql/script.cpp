@@ -1,4 +1,4 @@
-#include "script.h"
+#include "vellum250-sql/script.h"
 
 #include <algorithm>
 

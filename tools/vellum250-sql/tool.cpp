@@ -1,4 +1,4 @@
-#include "tool.h"
+#include "vellum250-sql/tool.h"
 
 #include <cerrno>
 #include <chrono>
@@ -7,9 +7,9 @@
 
 #include "database/connection.h"
 #include "database/connection_string.h"
-#include "options.h"
-#include "results.h"
-#include "script.h"
+#include "vellum250-sql/options.h"
+#include "vellum250-sql/results.h"
+#include "vellum250-sql/script.h"
 
 namespace vellum250::sqltool {
 namespace {
