@@ -128,7 +128,11 @@ inline int32_t Convert(Tag<int32_t>, const Variant& value) { return ToInt32(valu
 inline double Convert(Tag<double>, const Variant& value) { return ToDouble(value); }
 inline Date Convert(Tag<Date>, const Variant& value) { return ToDate(value); }
 inline Text Convert(Tag<Text>, const Variant& value) { return ToText(value); }
-inline ObjectRef Convert(Tag<ObjectRef>, const Variant& value) { return ToObject(value); }
+// A parameter takes Nothing as well.
+inline ObjectRef Convert(Tag<ObjectRef>, const Variant& value) {
+  const ObjectRef* object = value.If<ObjectRef>();
+  return object != nullptr ? *object : ToObject(value);
+}
 inline const Variant& Convert(Tag<Variant>, const Variant& value) { return value; }
 
 constexpr ScriptType TypeOf(Tag<void>) { return ScriptType::None; }

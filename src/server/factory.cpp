@@ -1,8 +1,21 @@
 #include "server/factory.h"
 
+#include "server/address.h"
+
 namespace vellum250::server {
 
-std::span<const PublishedClass> PublishedClasses() { return {}; }
+namespace {
+
+template <typename Class>
+constexpr PublishedClass kPublished{&Class::Table, [] { return ObjectRef(MakeObject<Class>()); }};
+
+constexpr PublishedClass kPublishedClasses[] = {
+    kPublished<address>,
+};
+
+}  // namespace
+
+std::span<const PublishedClass> PublishedClasses() { return kPublishedClasses; }
 
 ObjectRef CreateObject(TextView name) {
   for (const PublishedClass& published : PublishedClasses()) {
