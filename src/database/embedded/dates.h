@@ -26,7 +26,15 @@ struct Calendar {
   int32_t month = 1;  // 1-12
   int32_t day = 1;    // 1-31
 };
+struct Clock {
+  int32_t hour = 0;
+  int32_t minute = 0;
+  int32_t second = 0;
+  int32_t millisecond = 0;
+};
 Calendar CalendarOf(int32_t day);
+Clock ClockOf(int32_t tick);
+std::string_view MonthName(int32_t month);
 int32_t DayOf(Calendar calendar);  // days since 1 January 1900
 int32_t DaysOfMonth(int32_t year, int32_t month);
 

@@ -19,6 +19,13 @@ enum class Rounding : uint8_t { HalfAwayFromZero, TowardsZero };
 std::optional<Int128> Rescale(Int128 value, int32_t from, int32_t to,
                               Rounding rounding = Rounding::HalfAwayFromZero);
 
+// The stored values of a whole-number or money type.
+struct IntegerRange {
+  int64_t least;
+  int64_t most;
+};
+IntegerRange RangeOf(SqlType type);
+
 // The value of a decimal type. Raises 8115 when it has more digits than the type, and "not
 // supported" when the type has room but the database does not (more than 18 digits).
 int64_t FitDecimal(Int128 value, TypeInfo type, TextView from = u"numeric");

@@ -1,35 +1,43 @@
 // The functions and the collation that emitted SQL calls, as SQLite functions named v_...
 //
 // NULL in gives NULL out unless noted. Arguments arrive in the type said here: the compiler wraps
-// what has another type in v_convert. "text" is any text type, "code" an Encode(TypeInfo) constant.
+// what has another type in v_convert. "text" is any text type, n a whole number, "code" an
+// Encode(TypeInfo) constant.
 //
-//   v_convert(x, fromCode, toCode [, style])   CAST and CONVERT; text is cut silently
-//   v_assign(x, fromCode, toCode, column, table)   storing: text too long is 2628; nothing is cut
-//                                                 but blanks. Empty names for variables: text is
-//                                                 cut
-//   v_add v_sub v_mul v_div v_mod (a, b, resultCode [, aCode, bCode])   without the codes both
-//                                                 operands have the result's type already
-//   v_neg(x, resultCode)
-//   v_len(text)  v_datalength(x, code)  v_ascii(text)  v_unicode(text)
-//   v_left(text, n)  v_right(text, n)  v_substring(text, start, n)
+//   v_convert(x, fromCode, toCode [, style])     CAST and CONVERT, variables: text is cut silently
+//   v_assign(x, fromCode, toCode, column, table) columns: text that is too long is 2628
+//   v_add v_sub v_mul v_div v_mod (a, b, resultCode [, aCode, bCode])
+//                                                without their codes both operands have the
+//                                                result's type already
+//   v_neg(x, resultCode)                         x already has the result's type
+//
+//   v_len(text)  v_datalength(x, code)  v_ascii(text)  v_unicode(text)  v_char(n)  v_nchar(n)
+//   v_left(text, n)  v_right(text, n)  v_substring(text, start, n)  v_reverse(text)
 //   v_charindex(sought, text [, start])  v_patindex(pattern, text)
-//   v_replace(text, sought, replacement)  v_stuff(text, start, n, insertion; NULL insertion: none)
-//   v_ltrim(text)  v_rtrim(text)  v_upper(text)  v_lower(text)  v_reverse(text)
+//   v_replace(text, sought, replacement)  v_stuff(text, start, n, insertion; NULL inserts nothing)
+//   v_ltrim(text)  v_rtrim(text)  v_upper(text)  v_lower(text)  v_quotename(text [, quote])
 //   v_str(float [, length [, decimals]])  v_space(n)  v_replicate(text, n, code of text)
-//   v_char(n)  v_nchar(n)  v_quotename(text [, quote])
-//   v_like(text, pattern [, escape])           0 or 1
-//   v_getdate()                                datetime, one moment for a statement
-//   v_dateadd(part, n, date, code of date)     part: 'year', 'yy' ... as a text constant
-//   v_datediff(part, from, to)  v_datepart(part, date)  v_datename(part, date)   any date types
-//   v_isdate(text)                             never NULL
-//   v_abs(x, code)  v_sign(x, code)  v_floor(x, code)  v_ceiling(x, code)
-//   v_round(x, n, code [, truncate])  v_power(x, float, code)   codes of x
-//   v_sqrt(float)
-//   v_isnumeric(x, code)                       never NULL
-//   v_newid()
-//   v_sum_int v_sum_bigint v_sum_decimal v_sum_float and v_avg_... (x)   aggregates, see
-//   SumFunction
+//   v_like(text, pattern [, escape])             0 or 1
+//   v_nlike(text, pattern [, escape])            when one of them is of a national type: blanks at
+//                                                the end of the text count
 //
+//   v_getdate()                                  datetime, one moment for a statement
+//   v_dateadd(part, n, date, code of date)       part: 'year', 'yy' ... as a text constant
+//   v_datediff(part, from, to)  v_datepart(part, date)  v_datename(part, date)
+//                                                of any date type
+//   v_isdate(text)                               never NULL
+//
+//   v_abs(x, code)  v_sign(x, code)  v_floor(x, code)  v_ceiling(x, code)
+//   v_round(x, n, code [, truncate])  v_power(x, float, code)
+//                                                code: the type of x, a number or a text; the
+//                                                result has NumericResult of it
+//   v_sqrt(float)
+//   v_isnumeric(x, code)                         never NULL
+//   v_newid()
+//
+//   v_sum_...(x)  v_avg_...(x)                   see SumFunction and AverageFunction
+//
+// Texts and comparisons of texts take COLLATE TSQL (collation.h).
 #pragma once
 
 #include <sqlite3.h>

@@ -164,6 +164,9 @@ DatabaseFailure GuidTextTooLong() {
   return Say(8170, u"Insufficient result space to convert uniqueidentifier value to char.");
 }
 
+DatabaseFailure UnknownDatePart(TextView name) {
+  return Say(155, u"'", name, u"' is not a recognized datepart option.");
+}
 DatabaseFailure DateAddOverflow(TextView type) {
   return Say(517, u"Adding a value to a '", type, u"' column caused an overflow.");
 }
@@ -178,6 +181,10 @@ DatabaseFailure InvalidRightLength() {
 }
 DatabaseFailure InvalidLeftLength() {
   return Say(537, u"Invalid length parameter passed to the LEFT or SUBSTRING function.");
+}
+DatabaseFailure PartNotSupported(TextView part, TextView function, TextView type) {
+  return Say(9810, u"The datepart ", part, u" is not supported by date function ", function,
+             u" for data type ", type, u".");
 }
 DatabaseFailure DividedByZero() { return Say(8134, u"Divide by zero error encountered."); }
 DatabaseFailure InvalidFloatOperation() {

@@ -53,13 +53,15 @@ DatabaseFailure InvalidGuidText();                                              
 DatabaseFailure GuidTextTooLong();                                              // 8170
 
 // Values that functions refuse.
-DatabaseFailure DateAddOverflow(TextView type);  // 517
-DatabaseFailure DateDiffOverflow();              // 535
-DatabaseFailure InvalidRightLength();            // 536
-DatabaseFailure InvalidLeftLength();             // 537
-DatabaseFailure DividedByZero();                 // 8134
-DatabaseFailure InvalidFloatOperation();         // 3623
-DatabaseFailure InvalidEscape(TextView escape);  // 506
+DatabaseFailure UnknownDatePart(TextView name);                                     // 155
+DatabaseFailure DateAddOverflow(TextView type);                                     // 517
+DatabaseFailure DateDiffOverflow();                                                 // 535
+DatabaseFailure InvalidRightLength();                                               // 536
+DatabaseFailure InvalidLeftLength();                                                // 537
+DatabaseFailure PartNotSupported(TextView part, TextView function, TextView type);  // 9810
+DatabaseFailure DividedByZero();                                                    // 8134
+DatabaseFailure InvalidFloatOperation();                                            // 3623
+DatabaseFailure InvalidEscape(TextView escape);                                     // 506
 
 // Rows that a table refuses.
 DatabaseFailure NullNotAllowed(TextView column, TextView table, TextView statement);  // 515
