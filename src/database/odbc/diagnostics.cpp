@@ -26,28 +26,28 @@ std::optional<Record> ReadRecord(SQLSMALLINT handleType, SQLHANDLE handle, SQLSM
         SQLGetDiagRecW(handleType, handle, number, Wide(state.data()), &record.native,
                        Wide(record.message.data()), room, &length);
     if (!SQL_SUCCEEDED(result)) return std::nullopt;
-    if (length < room || attempt > 0) {
-      record.message.resize(static_cast<size_t>(std::clamp<int>(length, 0, room - 1)));
-      break;
-    }
+    if (length < room || attempt > 0) break;
     record.message.resize(static_cast<size_t>(length) + 1);
   }
+  // Not by the length: behind a driver with narrow entry points it counts bytes.
+  record.message.resize(std::min(record.message.find(u'\0'), record.message.size()));
   record.state.assign(state.data(), SQL_SQLSTATE_SIZE);
   return record;
 }
 
 // The first record that tells of a failure; warnings may stand before it.
 std::optional<Record> FirstFailure(SQLSMALLINT handleType, SQLHANDLE handle, SQLSMALLINT& number) {
+  constexpr SQLSMALLINT kMostRecords = 100;
   std::optional<Record> first;
-  SQLSMALLINT candidate = 1;
-  while (auto record = ReadRecord(handleType, handle, candidate)) {
+  for (SQLSMALLINT candidate = 1; candidate <= kMostRecords; ++candidate) {
+    auto record = ReadRecord(handleType, handle, candidate);
+    if (!record) break;
     const bool isWarning = record->state.starts_with(u"01");
     if (!first || !isWarning) {
       first = std::move(record);
       number = candidate;
     }
     if (!isWarning) break;
-    ++candidate;
   }
   return first;
 }

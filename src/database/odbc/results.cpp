@@ -33,8 +33,8 @@ Column DescribeColumn(const Statement& statement, SQLUSMALLINT number) {
     if (nameLength < static_cast<SQLSMALLINT>(column.name.size())) break;
     column.name.resize(static_cast<size_t>(nameLength) + 1);
   }
-  column.name.resize(
-      std::min(column.name.size(), static_cast<size_t>(std::max<int>(nameLength, 0))));
+  // Not by the length: behind a driver with narrow entry points it counts bytes.
+  column.name.resize(std::min(column.name.find(u'\0'), column.name.size()));
 
   const bool mayBeMoney = odbcType == SQL_DECIMAL || odbcType == SQL_NUMERIC;
   column.type = TypeOfColumn(odbcType, size, mayBeMoney ? TypeName(statement, number) : Text());
