@@ -38,6 +38,9 @@ function createApp(addon, connectionString) {
   };
 
   const app = express();
+  // Whatever the machine's NODE_ENV: no stack trace to a visitor, templates compiled once.
+  app.set('env', 'production');
+  app.enable('view cache');
   app.disable('x-powered-by');
   // A flat query: no page expects objects or lists in it.
   app.set('query parser', 'simple');
@@ -47,8 +50,8 @@ function createApp(addon, connectionString) {
   app.set('view engine', 'ejs');
 
   app.use(protectPages);
-  // The markup of the form rows asks for "../common/" and "../custom/"; every page that shows a form
-  // stands one folder deep, so both are found here.
+  // The markup of the form rows asks for "../common/" and "../custom/"; every page that shows a
+  // form stands one folder deep, so both are found here.
   app.use(express.static(path.join(__dirname, 'public'), { index: false, maxAge: '1h' }));
   app.use((request, response, next) => {
     response.set('Cache-Control', 'no-store');

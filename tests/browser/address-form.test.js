@@ -28,7 +28,10 @@ test('an address is added', async () => {
   const page = await on.page();
   const before = links(1);
   await page.goto('/members/?q=Ashworth');
-  await page.getByRole('link', { name: /Ashworth/ }).first().click();
+  await page
+    .getByRole('link', { name: /Ashworth/ })
+    .first()
+    .click();
   await page.getByRole('link', { name: 'Add an address' }).click();
   await page.getByLabel('Address', { exact: true }).fill("5 Smith's Yard");
   await page.getByLabel('Town').fill('Highmoor');
@@ -44,8 +47,15 @@ test('an address is added', async () => {
   assert.deepEqual(others, before);
   const { ind_loc_ref, location_ref, comments, ...rest } = added;
   assert.deepEqual(rest, {
-    main_location: null, edit_link: 1, type: 12, ended: 0, address1: "5 Smith's Yard",
-    town: 'Highmoor', county: 'North Yorkshire', postcode: 'YO99 7IC', country: 'United Kingdom',
+    main_location: null,
+    edit_link: 1,
+    type: 12,
+    ended: 0,
+    address1: "5 Smith's Yard",
+    town: 'Highmoor',
+    county: 'North Yorkshire',
+    postcode: 'YO99 7IC',
+    country: 'United Kingdom',
     display_name: "5 Smith's Yard, Highmoor, NORTH YORKSHIRE",
   });
   assert.match(comments, /^Ring twice; it’s the green door\.\r?\nThen wait\.$/);
@@ -63,7 +73,10 @@ test('an address without its mandatory fields is refused beside the form', async
     'Town is a mandatory field.',
   ]);
   assert.equal(await page.getByLabel('County').inputValue(), 'Kept as typed');
-  assert.equal(await page.locator('#Town ~ .problem-line').textContent(), 'Town is a mandatory field.');
+  assert.equal(
+    await page.locator('#Town ~ .problem-line').textContent(),
+    'Town is a mandatory field.'
+  );
   await summary.getByRole('link', { name: /Town/ }).click();
   assert.equal(await page.evaluate(() => document.activeElement.id), 'Town');
   // A visitor who says that nothing is mandatory is not believed.
@@ -109,7 +122,10 @@ test('a shared address that may not be edited is replaced for its owner only', a
   await save(page);
   assert.match(await notice(page), /replaced by a new one/);
   const [fresh, old] = links(4);
-  assert.deepEqual([old.ind_loc_ref, old.ended, old.address1], [shared.ind_loc_ref, 1, shared.address1]);
+  assert.deepEqual(
+    [old.ind_loc_ref, old.ended, old.address1],
+    [shared.ind_loc_ref, 1, shared.address1]
+  );
   assert.deepEqual([fresh.ended, fresh.edit_link, fresh.address1], [0, 1, '1 rue Neuve']);
   assert.notEqual(fresh.location_ref, old.location_ref);
   assert.deepEqual(
@@ -137,7 +153,9 @@ test('the postcode lookup fills the form', async () => {
   await closed;
   const value = (name) => page.locator(`[name=${name}]`).inputValue();
   assert.deepEqual(
-    await Promise.all(['Differentiator', 'Add1', 'Add2', 'Add3', 'Town', 'County', 'Postcode'].map(value)),
+    await Promise.all(
+      ['Differentiator', 'Add1', 'Add2', 'Add3', 'Town', 'County', 'Postcode'].map(value)
+    ),
     ['Mine', 'Flat 2', '12 Orchard Road', '', 'Westhaven', 'Dorset', 'DT90 4CK']
   );
   assert.match(await page.locator('.found').textContent(), /filled in/);
@@ -175,7 +193,11 @@ test('what cannot be stored is refused in words with the typed values kept', asy
   const before = counts();
   const long = 'ab'.repeat(2500);
   const bad = [
-    { field: 'Add1', value: long, message: /Address line 1 may have at most 80 characters; it has 5000/ },
+    {
+      field: 'Add1',
+      value: long,
+      message: /Address line 1 may have at most 80 characters; it has 5000/,
+    },
     { field: 'Comm', value: long, message: /Comments may have at most 2000 characters/ },
     { field: 'Town', value: 'Bell\u0007', message: /Town holds characters that cannot be stored/ },
     { field: 'Cref', value: '11', option: true, message: /choose a country/ },
@@ -185,11 +207,14 @@ test('what cannot be stored is refused in words with the typed values kept', asy
     await page.goto('/individual-8/add');
     await page.locator('#Add1').fill('1 Good Street');
     await page.locator('#Town').fill('Highmoor');
-    await page.locator(`#${field}`).evaluate((element, { value, option }) => {
-      element.removeAttribute('maxlength');
-      if (option) element.append(new Option(value, value));
-      element.value = value;
-    }, { value, option });
+    await page.locator(`#${field}`).evaluate(
+      (element, { value, option }) => {
+        element.removeAttribute('maxlength');
+        if (option) element.append(new Option(value, value));
+        element.value = value;
+      },
+      { value, option }
+    );
     await save(page);
     assert.match(await page.getByRole('alert').textContent(), message, field);
     assert.equal(await page.locator('#Town').inputValue(), field === 'Town' ? value : 'Highmoor');

@@ -6,7 +6,13 @@ const { withSite } = require('./support.js');
 
 const on = withSite({ before, after, afterEach });
 const labelOf = (page, id) =>
-  page.locator('.rows tr', { has: page.locator(`#${id}`) }).locator('td').nth(1).innerText();
+  page
+    .locator('.rows tr', { has: page.locator(`#${id}`) })
+    .locator('td')
+    .nth(1)
+    .innerText();
+const countTexts = (where) =>
+  on.site.query(`SELECT count(*) AS n FROM web_text WHERE ${where}`)[0].n;
 const settingOf = (key) =>
   on.site.query('SELECT setting FROM web_config WHERE global_config = ?', [key])[0]?.setting;
 
@@ -20,7 +26,10 @@ async function setSwitches(page, switches) {
 
 test('an edited text is seen on the form, with the dictionaries and without', async () => {
   const page = await on.page();
-  for (const [dictionaries, text] of [[true, 'Town or city:'], [false, 'Place <b>now</b> & here:']]) {
+  for (const [dictionaries, text] of [
+    [true, 'Town or city:'],
+    [false, 'Place <b>now</b> & here:'],
+  ]) {
     await setSwitches(page, { 'Hand over the dictionaries': dictionaries });
     await page.goto('/admin/texts?area=General');
     await page.locator('[name="text-1-Town"]').fill(text);
@@ -28,17 +37,14 @@ test('an edited text is seen on the form, with the dictionaries and without', as
     await page.goto('/individual-1/add');
     assert.equal((await labelOf(page, 'Town')).trim(), text.replace(/<\/?b>/g, ''));
   }
-  assert.equal(
-    on.site.query("SELECT count(*) AS n FROM web_text WHERE web_text_label = 'Town' AND text_id = 2 AND web_text = 'Tref:'")[0].n,
-    1
-  );
+  const otherSet = "web_text_label = 'Town' AND text_id = 2 AND web_text = 'Tref:'";
+  assert.equal(countTexts(otherSet), 1);
   await setSwitches(page, { 'Hand over the dictionaries': true });
 });
 
 test('label display shows where texts are kept, and registers missing labels', async () => {
   const page = await on.page();
-  const registered = () =>
-    on.site.query("SELECT count(*) AS n FROM web_text WHERE web_text_area = 'General' AND web_text_label = 'PAFButton'")[0].n;
+  const registered = () => countTexts("web_text_label = 'PAFButton'");
   assert.equal(registered(), 0);
   await setSwitches(page, { 'Show labels': true });
   await page.goto('/individual-1/add');
@@ -50,7 +56,10 @@ test('label display shows where texts are kept, and registers missing labels', a
   await page.goto('/admin/');
   await page.getByLabel('To one IP address only').check();
   await page.getByLabel('That IP address').fill('192.0.2.7');
-  await page.locator('form', { has: page.getByLabel('Show labels') }).getByRole('button').click();
+  await page
+    .locator('form', { has: page.getByLabel('Show labels') })
+    .getByRole('button')
+    .click();
   await page.goto('/individual-1/add');
   assert.equal((await labelOf(page, 'County')).trim(), 'County:');
   await setSwitches(page, { 'Show labels': false });
@@ -81,7 +90,10 @@ test('settings and name templates are kept, and wrong ones refused', async () =>
   await page.goto('/admin/settings');
   await page.locator('[name="setting-globalNewUpdate"]').fill('many');
   await page.getByRole('button', { name: 'Save the settings' }).click();
-  assert.match(await page.getByRole('alert').textContent(), /globalNewUpdate must be a whole number/);
+  assert.match(
+    await page.getByRole('alert').textContent(),
+    /globalNewUpdate must be a whole number/
+  );
   assert.equal(settingOf('globalNewUpdate'), '3');
   await page.locator('[name="setting-globalNewUpdate"]').fill('4');
   await page.locator('[name="setting-globalEnablePaf"]').selectOption('false');

@@ -6,10 +6,23 @@ const { withSite } = require('./support.js');
 
 const on = withSite({ before, after, afterEach });
 const pages = [
-  '/members/', '/members/?show=organisations', '/members/?q=nobody', '/individual-3/', '/organisation-1/',
-  '/contact-1/', '/individual-1/add', '/individual-4/amend-4', '/individual-3/end-3',
-  '/individual-3/edit-right-3', '/admin/', '/admin/texts', '/admin/settings', '/admin/names',
-  '/admin/calls', '/paf/?postcode=M99+2MV', '/nothing',
+  '/members/',
+  '/members/?show=organisations',
+  '/members/?q=nobody',
+  '/individual-3/',
+  '/organisation-1/',
+  '/contact-1/',
+  '/individual-1/add',
+  '/individual-4/amend-4',
+  '/individual-3/end-3',
+  '/individual-3/edit-right-3',
+  '/admin/',
+  '/admin/texts',
+  '/admin/settings',
+  '/admin/names',
+  '/admin/calls',
+  '/paf/?postcode=M99+2MV',
+  '/nothing',
 ];
 
 test('no page scrolls sideways on a phone, also with debugging and labels on', async () => {
@@ -17,7 +30,9 @@ test('no page scrolls sideways on a phone, also with debugging and labels on', a
   for (const round of ['plain', 'decorated']) {
     for (const path of pages) {
       await page.goto(path);
-      const excess = await page.evaluate(() => document.documentElement.scrollWidth - window.innerWidth);
+      const excess = await page.evaluate(
+        () => document.documentElement.scrollWidth - window.innerWidth
+      );
       assert.ok(excess <= 0, `${path} (${round}) is ${excess} pixels too wide`);
     }
     await page.goto('/admin/');
@@ -34,14 +49,23 @@ test('every page is reached by keyboard and names its fields', async () => {
     await page.goto(path);
     const unnamed = await page.evaluate(() =>
       [...document.querySelectorAll('input:not([type=hidden]), select, textarea:not([hidden])')]
-        .filter((field) => !field.labels?.length && !field.ariaLabel && !field.getAttribute('aria-labelledby') && field.type !== 'button')
+        .filter(
+          (field) =>
+            !field.labels?.length &&
+            !field.ariaLabel &&
+            !field.getAttribute('aria-labelledby') &&
+            field.type !== 'button'
+        )
         .map((field) => field.name)
     );
     assert.deepEqual(unnamed, [], path);
   }
   await page.goto('/members/');
   await page.keyboard.press('Tab');
-  assert.equal(await page.evaluate(() => document.activeElement.textContent), 'Skip to the content');
+  assert.equal(
+    await page.evaluate(() => document.activeElement.textContent),
+    'Skip to the content'
+  );
   await page.keyboard.press('Enter');
   assert.equal(await page.evaluate(() => document.activeElement.id), 'main');
 });
@@ -78,17 +102,31 @@ test('a forged post is refused and changes nothing', async () => {
     assert.equal((await post('/individual-9/add', { ...address, ...token }, headers)).status, 403);
   }
   assert.equal(count(), before);
-  const sent = await post('/individual-9/add', { ...address, token: one.token }, { cookie: one.cookie });
+  const sent = await post(
+    '/individual-9/add',
+    { ...address, token: one.token },
+    { cookie: one.cookie }
+  );
   assert.equal(sent.status, 303);
   assert.equal(count(), before + 1);
 });
 
 test("another owner's link is out of reach", async () => {
   const { token, cookie } = await visitor();
-  for (const path of ['amend-3', 'end-3', 'invoice-3', 'edit-right-3', 'amend-0', 'amend-99999999999', 'end-x']) {
+  for (const path of [
+    'amend-3',
+    'end-3',
+    'invoice-3',
+    'edit-right-3',
+    'amend-0',
+    'amend-99999999999',
+    'end-x',
+  ]) {
     assert.equal((await post(`/individual-9/${path}`, { token }, { cookie })).status, 404, path);
   }
-  const ended = on.site.query('SELECT count(*) AS n FROM individual_loc WHERE ind_loc_ref = 3 AND valid_to IS NOT NULL');
+  const ended = on.site.query(
+    'SELECT count(*) AS n FROM individual_loc WHERE ind_loc_ref = 3 AND valid_to IS NOT NULL'
+  );
   assert.equal(ended[0].n, 0);
 });
 

@@ -15,10 +15,14 @@ async function startSite() {
   const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'members-area-'));
   const file = path.join(folder, 'members.db');
   execFileSync(path.join(root, 'scripts', 'demo-database'), [file]);
-  const server = spawn(process.execPath, [path.join(root, 'examples', 'members-area', 'server.js'), file], {
-    env: { ...process.env, PORT: '0' },
-    stdio: ['ignore', 'pipe', 'pipe'],
-  });
+  const server = spawn(
+    process.execPath,
+    [path.join(root, 'examples', 'members-area', 'server.js'), file],
+    {
+      env: { ...process.env, PORT: '0' },
+      stdio: ['ignore', 'pipe', 'pipe'],
+    }
+  );
   const ended = new Promise((resolve) => server.once('exit', resolve));
   let errors = '';
   server.stderr.on('data', (data) => (errors += data));
@@ -53,8 +57,13 @@ function startBrowser() {
   return chromium.launch({
     executablePath: process.env.CHROMIUM || '/usr/bin/chromium',
     args: [
-      '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
-      '--disable-background-networking', '--disable-component-update', '--disable-sync',
+      '--no-sandbox',
+      '--disable-gpu',
+      '--disable-quic',
+      '--no-first-run',
+      '--disable-background-networking',
+      '--disable-component-update',
+      '--disable-sync',
     ],
   });
 }

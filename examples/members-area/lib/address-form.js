@@ -18,8 +18,14 @@ const bit = {
   comments: 2048,
 };
 const shownFields =
-  bit.differentiator | bit.line2 | bit.line3 | bit.town | bit.county | bit.postcode |
-  bit.countryList | bit.comments;
+  bit.differentiator |
+  bit.line2 |
+  bit.line3 |
+  bit.town |
+  bit.county |
+  bit.postcode |
+  bit.countryList |
+  bit.comments;
 const mandatoryFields = bit.town;
 
 // Posted texts: their names, the names people know them by, and what the database can hold.
@@ -32,7 +38,6 @@ const textFields = [
   { name: 'Town', known: 'Town', longest: 80 },
   { name: 'County', known: 'County', longest: 80 },
   { name: 'Postcode', known: 'Postcode', longest: 15 },
-  { name: 'Country', known: 'Country', longest: 100 },
   { name: 'Comm', known: 'Comments', longest: 2000, lines: true },
 ];
 
@@ -49,12 +54,24 @@ class AddressForm {
   // The values a form begins with: those of a stored link, or those of a new address.
   storedValues(owner, link) {
     const addressTypes = this.owners.choices('ADDT');
-    const usual = addressTypes.find((type) => type.code === owner.kind.usualType) || addressTypes[0];
+    const usual =
+      addressTypes.find((type) => type.code === owner.kind.usualType) || addressTypes[0];
     const usualType = usual ? usual.ref : 0;
     if (link === null) {
       return {
-        DisplayName: '', Differentiator: '', Add1: '', Add2: '', Add3: '', Town: '', County: '',
-        Postcode: '', Country: '', Cref: '', LocType: usualType, main_loc: '', Comm: '',
+        DisplayName: '',
+        Differentiator: '',
+        Add1: '',
+        Add2: '',
+        Add3: '',
+        Town: '',
+        County: '',
+        Postcode: '',
+        Country: '',
+        Cref: '',
+        LocType: usualType,
+        main_loc: '',
+        Comm: '',
       };
     }
     return {
@@ -76,30 +93,56 @@ class AddressForm {
   }
 
   // What was posted, as typed: only the component's own fields, each a text.
-  postedValues(body) {
-    const values = { LocType: referenceOf(textOf(body, 'LocType')), main_loc: textOf(body, 'main_loc') };
+  postedValues(body, link) {
+    const values = {
+      LocType: referenceOf(textOf(body, 'LocType')),
+      main_loc: textOf(body, 'main_loc'),
+    };
     const country = textOf(body, 'Cref');
     values.Cref = String(referenceOf(country) || noCountry);
     for (const { name, lines } of textFields) {
       const typed = textOf(body, name);
       values[name] = (lines ? typed : typed.replace(/[\r\n\t]+/g, ' ')).trim();
     }
+    // The form offers the list of countries only: a country stored as text outside it stays.
+    values.Country = (values.Cref === String(noCountry) && link?.country) || '';
     return values;
   }
 
   // The form's rows. Owner, link and mandatory fields are the server's, never the visitor's.
   rows(request, owner, link, values) {
-    const addressTypes = this.owners.choices('ADDT').map((type) => type.ref).join(',');
+    const addressTypes = this.owners
+      .choices('ADDT')
+      .map((type) => type.ref)
+      .join(',');
     // A display name that is composed anyway is not worth an empty read-only field.
-    const shown = link !== null || this.dictionaries.isOn('globalDisplayAsReadOnly')
-      ? shownFields | bit.displayName
-      : shownFields;
+    const shown =
+      link !== null || this.dictionaries.isOn('globalDisplayAsReadOnly')
+        ? shownFields | bit.displayName
+        : shownFields;
     return this.component.use(request, 'BuildAddress', (address) =>
       address.BuildAddress(
-        shown, mandatoryFields, values.DisplayName, values.Differentiator, values.Add1, values.Add2,
-        values.Add3, values.Town, values.County, values.Postcode, values.Country, values.Cref,
-        values.LocType, addressTypes, values.main_loc, true, owner.kind.entityType,
-        owner.ref, link === null ? 0 : link.link_ref, '', values.Comm
+        shown,
+        mandatoryFields,
+        values.DisplayName,
+        values.Differentiator,
+        values.Add1,
+        values.Add2,
+        values.Add3,
+        values.Town,
+        values.County,
+        values.Postcode,
+        values.Country,
+        values.Cref,
+        values.LocType,
+        addressTypes,
+        values.main_loc,
+        true,
+        owner.kind.entityType,
+        owner.ref,
+        link === null ? 0 : link.link_ref,
+        '',
+        values.Comm
       )
     );
   }
@@ -110,29 +153,56 @@ class AddressForm {
   save(request, owner, link, values, isInvoiceAddress) {
     const problems = this.check(values, link);
     if (problems.length > 0) return { problems };
+    const before = this.owners.linkStates(owner);
     try {
       const validator = validatorOf(this.rows(request, owner, link, values));
-      const { result, lastError } = this.ammend(request, owner, link, values, validator, isInvoiceAddress);
+      const { result, lastError } = this.ammend(
+        request,
+        owner,
+        link,
+        values,
+        validator,
+        isInvoiceAddress
+      );
       if (result === -1) return { problems: mandatoryProblems(lastError, validator) };
       return { outcome: this.outcome(owner, link, result) };
     } catch (failure) {
+      const incident = report(failure, request);
+      this.owners.restoreLinkStates(owner, before);
       const message =
         'The address could not be saved because the records cannot be reached. ' +
         'What you typed is still here; please try again in a few minutes.';
-      return { problems: [{ field: '', message }], incident: report(failure, request) };
+      return { problems: [{ field: '', message }], incident };
     }
   }
 
   ammend(request, owner, link, values, validator, isInvoiceAddress) {
     return this.component.use(request, 'AmmendLocation', (address) => {
       const result = address.AmmendLocation(
-        owner.kind.entityType, owner.ref, link === null ? 0 : link.link_ref, values.DisplayName,
-        values.Differentiator, values.Add1, values.Add2, values.Add3, values.Town, values.County,
-        values.Postcode, values.Country, referenceOf(values.Cref),
+        owner.kind.entityType,
+        owner.ref,
+        link === null ? 0 : link.link_ref,
+        values.DisplayName,
+        values.Differentiator,
+        values.Add1,
+        values.Add2,
+        values.Add3,
+        values.Town,
+        values.County,
+        values.Postcode,
+        values.Country,
+        referenceOf(values.Cref),
         // An unticked box posts nothing and the form cannot untick a main address: the stored flag
         // stands, so that it is not taken for a change.
         values.main_loc === 'Y' ? 'Y' : (link && link.main_location) || '',
-        values.LocType, validator, false, isInvoiceAddress, 0, 0, 0, 0,
+        values.LocType,
+        validator,
+        false,
+        isInvoiceAddress,
+        0,
+        0,
+        0,
+        0,
         // A new link's comments are placed into SQL as given; a typographic apostrophe cannot end
         // the text there.
         values.Comm.replaceAll("'", '\u2019')
@@ -152,7 +222,8 @@ class AddressForm {
     const problems = [];
     for (const { name, known, longest } of textFields) {
       if (values[name].length > longest) {
-        const message = `${known} may have at most ${longest} characters; it has ${values[name].length}.`;
+        const { length } = values[name];
+        const message = `${known} may have at most ${longest} characters; it has ${length}.`;
         problems.push({ field: idOf(name), message });
       }
       // Control characters, but not the line ends and tabs of several lines.
@@ -173,7 +244,9 @@ class AddressForm {
 
   // A choice that was withdrawn since may stay where it is stored.
   isChoice(typeCode, reference, stored) {
-    return reference === stored || this.owners.choices(typeCode).some(({ ref }) => ref === reference);
+    return (
+      reference === stored || this.owners.choices(typeCode).some(({ ref }) => ref === reference)
+    );
   }
 }
 
@@ -188,25 +261,36 @@ const entities = { quot: '"', amp: '&', lt: '<', gt: '>' };
 function validatorOf(rows) {
   const [, encoded] = /name="AddValidate" value="([^"]*)"/.exec(rows);
   return encoded.replace(/&(?:#(\d+)|(\w+));/g, (whole, code, name) =>
-    code ? new TextDecoder('windows-1252').decode(Uint8Array.of(Number(code))) : entities[name] ?? whole
+    code
+      ? new TextDecoder('windows-1252').decode(Uint8Array.of(Number(code)))
+      : (entities[name] ?? whole)
   );
 }
 
 // Joins the component's messages, "|Town: is a mandatory field.|...", to the fields they speak of.
 function mandatoryProblems(lastError, validator) {
-  const fields = validator.split('|').filter(Boolean).map((entry) => {
-    const [id, ...label] = entry.split(',');
-    return { id, label: label.length > 0 ? label.join(',') : id };
-  });
+  const fields = validator
+    .split('|')
+    .filter(Boolean)
+    .map((entry) => {
+      const [id, ...label] = entry.split(',');
+      return { id, label: label.length > 0 ? label.join(',') : id };
+    });
   const suffix = ' is a mandatory field.';
-  return lastError.split('|').filter(Boolean).map((message) => {
-    const label = message.endsWith(suffix) ? message.slice(0, -suffix.length) : message;
-    const at = fields.findIndex((field) => field.label === label);
-    const [field] = at < 0 ? [null] : fields.splice(at, 1);
-    const known = field && textFields.find(({ name }) => name === field.id)?.known;
-    const plain = label.replace(/\s*:\s*$/, '') || known || 'This';
-    return { field: field ? idOf(field.id) : '', message: message.endsWith(suffix) ? plain + suffix : message };
-  });
+  return lastError
+    .split('|')
+    .filter(Boolean)
+    .map((message) => {
+      const label = message.endsWith(suffix) ? message.slice(0, -suffix.length) : message;
+      const at = fields.findIndex((field) => field.label === label);
+      const [field] = at < 0 ? [null] : fields.splice(at, 1);
+      const known = field && textFields.find(({ name }) => name === field.id)?.known;
+      const plain = label.replace(/\s*:\s*$/, '') || known || 'This';
+      return {
+        field: field ? idOf(field.id) : '',
+        message: message.endsWith(suffix) ? plain + suffix : message,
+      };
+    });
 }
 
 module.exports = { AddressForm };

@@ -2,25 +2,42 @@
 
 // The settings the administrators' pages know, with the kind of value that each must hold: a value
 // of another kind would stop every form. A key ending in "_" stands for one key per address type.
-const knownSettings = [
-  { key: 'globalShowLabel', kind: 'switch', help: 'Shows the area and label of every text, and registers labels that are missing.' },
-  { key: 'globalLabelsMyIPOnly', kind: 'switch', help: 'Shows the labels to one IP address only.' },
-  { key: 'globalLablesIPAddress', kind: 'text', help: 'That IP address.' },
-  { key: 'globalEnablePaf', kind: 'switch', help: 'Offers the postcode lookup on address forms.' },
-  { key: 'globalDisplayAsReadOnly', kind: 'number', help: '1: the display name may be typed. 0: it is composed from the address.' },
-  { key: 'globalNewUpdate', kind: 'number', help: 'From this number of changed fields on, an amended address is replaced by a new one.' },
-  { key: 'globalLocationUpdate_', kind: 'number', help: 'For one address type: 1 amends in place, 2 replaces, 0 leaves it to the number of changed fields.' },
-];
+const knownSettings = {
+  globalShowLabel: {
+    kind: 'switch',
+    help: 'Shows the area and label of every text, and registers labels that are missing.',
+  },
+  globalLabelsMyIPOnly: { kind: 'switch', help: 'Shows the labels to one IP address only.' },
+  globalLablesIPAddress: { kind: 'text', help: 'That IP address.' },
+  globalEnablePaf: { kind: 'switch', help: 'Offers the postcode lookup on address forms.' },
+  globalDisplayAsReadOnly: {
+    kind: 'number',
+    help: '1: the display name may be typed. 0: it is composed from the address.',
+  },
+  globalNewUpdate: {
+    kind: 'number',
+    help: 'From this number of changed fields on, a new address takes the place of an amended one.',
+  },
+  globalLocationUpdate_: {
+    kind: 'number',
+    help: 'For one address type: 1 amends in place, 2 replaces, 0 goes by the number of changes.',
+  },
+};
+const unknownSetting = { kind: 'text', help: '' };
 
+// What is known of a setting, without regard to the key's case, as the database compares it.
 function knownSetting(key) {
-  return knownSettings.find((each) => each.key === key || (each.key.endsWith('_') && key.startsWith(each.key)));
+  const plain = key.toLowerCase().replace(/^(globallocationupdate_).*/, '$1');
+  const known = Object.keys(knownSettings).find((each) => each.toLowerCase() === plain);
+  return known ? knownSettings[known] : unknownSetting;
 }
 
 // Why a setting may not hold a value, or null.
 function settingProblem(key, value) {
-  const kind = knownSetting(key)?.kind;
+  const { kind } = knownSetting(key);
   if (value.length > 255) return `${key} may have at most 255 characters.`;
-  if (kind === 'switch' && !/^(true|false|-?\d{1,5})$/i.test(value)) return `${key} must be true or false.`;
+  if (kind === 'switch' && !/^(true|false|-?\d{1,5})$/i.test(value))
+    return `${key} must be true or false.`;
   if (kind === 'number' && !(/^\d{1,5}$/.test(value) && Number(value) <= 32767)) {
     return `${key} must be a whole number from 0 to 32767.`;
   }
@@ -36,7 +53,10 @@ class AdminStore {
 
   areas() {
     return this.database
-      .query('SELECT web_text_area, count(*) AS texts FROM web_text GROUP BY web_text_area ORDER BY web_text_area')
+      .query(
+        `SELECT web_text_area, count(*) AS texts FROM web_text
+         GROUP BY web_text_area ORDER BY web_text_area`
+      )
       .map((row) => ({ name: row.web_text_area, texts: Number(row.texts) }));
   }
 
@@ -54,7 +74,8 @@ class AdminStore {
       const text = changed(row);
       if (text === undefined || text === (row.web_text || '')) continue;
       this.database.query(
-        'UPDATE web_text SET web_text = ? WHERE web_text_area = ? AND web_text_label = ? AND text_id = ?',
+        `UPDATE web_text SET web_text = ?
+         WHERE web_text_area = ? AND web_text_label = ? AND text_id = ?`,
         [text, area, row.web_text_label, row.text_id]
       );
     }
@@ -68,7 +89,8 @@ class AdminStore {
     );
     if (there) return false;
     this.database.query(
-      'INSERT INTO web_text (web_text_area, web_text_label, text_id, web_text) VALUES (?, ?, ?, ?)',
+      `INSERT INTO web_text (web_text_area, web_text_label, text_id, web_text)
+       VALUES (?, ?, ?, ?)`,
       [area, label, textId, text]
     );
     this.dictionaries.reload();
@@ -78,7 +100,11 @@ class AdminStore {
   settings() {
     return this.database
       .query('SELECT global_config, setting FROM web_config ORDER BY global_config')
-      .map((row) => ({ key: row.global_config, value: row.setting || '', ...describe(row.global_config) }));
+      .map((row) => ({
+        key: row.global_config,
+        value: row.setting || '',
+        ...knownSetting(row.global_config),
+      }));
   }
 
   saveSettings(values) {
@@ -86,16 +112,19 @@ class AdminStore {
     for (const [key, value] of Object.entries(values)) {
       const before = stored.get(key.toLowerCase());
       if (before === value) continue;
-      const statement = before === undefined
-        ? 'INSERT INTO web_config (setting, global_config) VALUES (?, ?)'
-        : 'UPDATE web_config SET setting = ? WHERE global_config = ?';
+      const statement =
+        before === undefined
+          ? 'INSERT INTO web_config (setting, global_config) VALUES (?, ?)'
+          : 'UPDATE web_config SET setting = ? WHERE global_config = ?';
       this.database.query(statement, [value, key]);
     }
     this.dictionaries.reload();
   }
 
   nameTemplates() {
-    const rows = this.database.query("SELECT entry, value FROM app_profile WHERE section = 'LabelName'");
+    const rows = this.database.query(
+      "SELECT entry, value FROM app_profile WHERE section = 'LabelName'"
+    );
     return new Map(rows.map((row) => [row.entry, row.value || '']));
   }
 
@@ -105,11 +134,6 @@ class AdminStore {
       : "INSERT INTO app_profile (section, value, entry) VALUES ('LabelName', ?, ?)";
     this.database.query(statement, [value, entry]);
   }
-}
-
-function describe(key) {
-  const known = knownSetting(key);
-  return { kind: known?.kind || 'text', help: known?.help || '' };
 }
 
 module.exports = { AdminStore, settingProblem };

@@ -31,7 +31,8 @@ class AddressComponent {
       if (trappedFailure.test(address.LastError)) throw new Error(address.LastError);
       return result;
     } finally {
-      if (switches.debug) switches.record({ method, sql: address.LastSql, error: address.LastError });
+      if (switches.debug)
+        switches.record({ method, sql: address.LastSql, error: address.LastError });
     }
   }
 }

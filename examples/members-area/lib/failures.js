@@ -18,8 +18,9 @@ class PageFailure extends Error {
 function report(failure, request) {
   const incident = randomBytes(4).toString('hex').toUpperCase();
   const number = failure?.number === undefined ? '' : ` number ${failure.number}`;
+  const where = `${request.method} ${request.originalUrl.split('?')[0]}`;
   process.stderr.write(
-    `${new Date().toISOString()} incident ${incident} ${request.method} ${request.path}${number}\n` +
+    `${new Date().toISOString()} incident ${incident} ${where}${number}\n` +
       `${failure?.stack || failure}\n`
   );
   return incident;
@@ -70,7 +71,9 @@ function failed(failure, request, response, next) {
           postedTo: request.originalUrl,
         };
   const locals = { section: '', notice: null, switches: {}, token: '', ...response.locals };
-  response.status(page.status).render('failure', { ...locals, incident: null, posted: [], ...page });
+  response
+    .status(page.status)
+    .render('failure', { ...locals, incident: null, posted: [], ...page });
 }
 
 module.exports = { PageFailure, report, notFound, notFoundFailure, failed };

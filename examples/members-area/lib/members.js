@@ -64,11 +64,14 @@ class Members {
     const pages = Math.max(1, Math.ceil(total / pageSize));
     const shown = Math.min(page, pages);
     const rows = this.database.query(
-      `SELECT TOP ${shown * pageSize} ${list.columns} FROM ${list.source}${where} ORDER BY ${list.order}`,
+      `SELECT TOP ${shown * pageSize} ${list.columns} FROM ${list.source}${where}
+       ORDER BY ${list.order}`,
       parameters
     );
     return {
-      rows: rows.slice((shown - 1) * pageSize).map((row) => ({ ...row, path: `${list.path}-${row.ref}` })),
+      rows: rows
+        .slice((shown - 1) * pageSize)
+        .map((row) => ({ ...row, path: `${list.path}-${row.ref}` })),
       total,
       page: shown,
       pages,

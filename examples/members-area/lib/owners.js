@@ -1,5 +1,7 @@
 'use strict';
 
+const { isDeepStrictEqual } = require('node:util');
+
 // The three kinds of owner an address may have; each has its own link table. Table and column names
 // in the statements below come from here and from nowhere else.
 const kinds = {
@@ -11,10 +13,11 @@ const kinds = {
     ownerKey: 'individual_ref',
     updateMethod: 'UpdateIndividualAddress',
     usualType: 'HOME',
-    record: `SELECT o.label_name AS name, o.known_as, s.lookup_full_desc AS status, t.lookup_full_desc AS type
+    record: `SELECT o.label_name AS name, s.lookup_full_desc AS status,
+        t.lookup_full_desc AS type
       FROM individual o LEFT JOIN lookup s ON s.lookup_ref = o.individual_status
       LEFT JOIN lookup t ON t.lookup_ref = o.type WHERE o.individual_ref = ?`,
-    sharer: `SELECT o.label_name AS name, '' AS detail FROM individual_loc ll
+    sharer: `o.label_name AS name, '' AS detail FROM individual_loc ll
       JOIN individual o ON o.individual_ref = ll.individual_ref`,
   },
   organisation: {
@@ -25,10 +28,11 @@ const kinds = {
     ownerKey: 'organisation_ref',
     updateMethod: 'UpdateOrganisationAddress',
     usualType: 'WORK',
-    record: `SELECT o.company_name AS name, o.trading_as, s.lookup_full_desc AS status, t.lookup_full_desc AS type
+    record: `SELECT o.company_name AS name, s.lookup_full_desc AS status,
+        t.lookup_full_desc AS type
       FROM organisation o LEFT JOIN lookup s ON s.lookup_ref = o.status
       LEFT JOIN lookup t ON t.lookup_ref = o.type WHERE o.organisation_ref = ?`,
-    sharer: `SELECT o.company_name AS name, '' AS detail FROM organisation_loc ll
+    sharer: `o.company_name AS name, '' AS detail FROM organisation_loc ll
       JOIN organisation o ON o.organisation_ref = ll.organisation_ref`,
   },
   contact: {
@@ -41,7 +45,7 @@ const kinds = {
     record: `SELECT o.display_name AS name, o.job_title, o.individual_ref, o.organisation_ref,
       g.company_name FROM contact o JOIN organisation g ON g.organisation_ref = o.organisation_ref
       WHERE o.contact_ref = ?`,
-    sharer: `SELECT o.display_name AS name, g.company_name AS detail FROM contact_loc ll
+    sharer: `o.display_name AS name, g.company_name AS detail FROM contact_loc ll
       JOIN contact o ON o.contact_ref = ll.contact_ref
       JOIN organisation g ON g.organisation_ref = o.organisation_ref`,
   },
@@ -88,11 +92,12 @@ class Owners {
   links(owner) {
     const { linkTable, linkKey, ownerKey } = owner.kind;
     const rows = this.database.query(
-      `SELECT ll.${linkKey} AS link_ref, ll.location_ref, ll.type, ll.main_location, ll.differentiator,
-         ll.edit_link, ll.comments, ${asDay('ll.valid_from')} AS valid_from, ${asDay('ll.valid_to')} AS valid_to,
+      `SELECT ll.${linkKey} AS link_ref, ll.location_ref, ll.type, ll.main_location,
+         ll.differentiator, ll.edit_link, ll.comments, ${asDay('ll.valid_from')} AS valid_from,
+         ${asDay('ll.valid_to')} AS valid_to,
          CASE WHEN ${isCurrent('ll')} THEN 0 ELSE 1 END AS ended,
-         l.display_name, l.address1, l.address2, l.address3, l.town, l.county, l.postcode, l.country,
-         l.country_ref, l.region1, l.region2, t.lookup_full_desc AS type_name
+         l.display_name, l.address1, l.address2, l.address3, l.town, l.county, l.postcode,
+         l.country, l.country_ref, l.region1, l.region2, t.lookup_full_desc AS type_name
        FROM ${linkTable} ll JOIN location l ON l.location_ref = ll.location_ref
        LEFT JOIN lookup t ON t.lookup_ref = ll.type
        WHERE ll.${ownerKey} = ? ORDER BY ll.main_location DESC, ll.${linkKey}`,
@@ -112,12 +117,36 @@ class Owners {
     return this.links(owner).find((link) => link.link_ref === linkRef) || null;
   }
 
+  // What an amendment may change of the owner's links before it fails. Its statements are not one
+  // transaction, so the page keeps this to put it back.
+  linkStates(owner) {
+    const { linkTable, linkKey, ownerKey } = owner.kind;
+    return this.database.query(
+      `SELECT ${linkKey} AS link_ref, valid_to, main_location FROM ${linkTable}
+       WHERE ${ownerKey} = ?`,
+      [owner.ref]
+    );
+  }
+
+  restoreLinkStates(owner, before) {
+    const { linkTable, linkKey } = owner.kind;
+    const after = new Map(this.linkStates(owner).map((state) => [state.link_ref, state]));
+    for (const state of before) {
+      if (isDeepStrictEqual(state, after.get(state.link_ref))) continue;
+      this.database.query(
+        `UPDATE ${linkTable} SET valid_to = ?, main_location = ? WHERE ${linkKey} = ?`,
+        [state.valid_to, state.main_location, state.link_ref]
+      );
+    }
+  }
+
   // Who uses a location now, of every kind: { kindName, linkRef, ownerRef, name, detail, mayEdit }.
   sharers(locationRef) {
     return Object.entries(kinds).flatMap(([kindName, kind]) =>
       this.database
         .query(
-          `${kind.sharer.replace('SELECT ', `SELECT ll.${kind.linkKey} AS link_ref, ll.${kind.ownerKey} AS owner_ref, ll.edit_link, `)}
+          `SELECT ll.${kind.linkKey} AS link_ref, ll.${kind.ownerKey} AS owner_ref, ll.edit_link,
+             ${kind.sharer}
            WHERE ll.location_ref = ? AND ${isCurrent('ll')} ORDER BY ll.${kind.linkKey}`,
           [locationRef]
         )
@@ -136,10 +165,12 @@ class Owners {
   posts(owner) {
     if (owner.kind === kinds.contact) return [];
     return this.database.query(
-      `SELECT c.contact_ref, c.display_name, c.job_title, c.main_contact, c.organisation_ref, o.company_name,
-         (SELECT count(*) FROM contact_loc ll WHERE ll.contact_ref = c.contact_ref AND ${isCurrent('ll')}) AS addresses
+      `SELECT c.contact_ref, c.display_name, c.job_title, c.main_contact, o.company_name,
+         (SELECT count(*) FROM contact_loc ll
+          WHERE ll.contact_ref = c.contact_ref AND ${isCurrent('ll')}) AS addresses
        FROM contact c JOIN organisation o ON o.organisation_ref = c.organisation_ref
-       WHERE c.${owner.kind.ownerKey} = ? AND ${isCurrent('c')} ORDER BY c.rank, c.contact_ref`,
+       WHERE c.${owner.kind.ownerKey} = ? AND ${isCurrent('c')}
+       ORDER BY c.rank, c.contact_ref`,
       [owner.ref]
     );
   }
@@ -148,16 +179,19 @@ class Owners {
     return this.database.query(
       `SELECT e.email_address, e.main_email, t.lookup_full_desc AS type_name FROM email e
        LEFT JOIN lookup t ON t.lookup_ref = e.type
-       WHERE e.${owner.kind.ownerKey} = ? AND ${isCurrent('e')} ORDER BY e.main_email DESC, e.email_ref`,
+       WHERE e.${owner.kind.ownerKey} = ? AND ${isCurrent('e')}
+       ORDER BY e.main_email DESC, e.email_ref`,
       [owner.ref]
     );
   }
 
   telephones(owner) {
     return this.database.query(
-      `SELECT p.std_code, p.number, p.extension, p.main_number, t.lookup_full_desc AS type_name FROM telephone p
+      `SELECT p.std_code, p.number, p.extension, p.main_number,
+         t.lookup_full_desc AS type_name FROM telephone p
        LEFT JOIN lookup t ON t.lookup_ref = p.type
-       WHERE p.${owner.kind.ownerKey} = ? AND ${isCurrent('p')} ORDER BY p.main_number DESC, p.telephone_ref`,
+       WHERE p.${owner.kind.ownerKey} = ? AND ${isCurrent('p')}
+       ORDER BY p.main_number DESC, p.telephone_ref`,
       [owner.ref]
     );
   }
@@ -167,7 +201,8 @@ class Owners {
     return this.database.query(
       `SELECT l.lookup_ref AS ref, l.lookup_code AS code FROM lookup l
        JOIN lookup_type lt ON lt.lookup_type_ref = l.lookup_type_ref
-       WHERE lt.lookup_type_code = ? AND ${isCurrent('l')} ORDER BY l.lookup_full_desc`,
+       WHERE lt.lookup_type_code = ? AND ${isCurrent('l')}
+       ORDER BY l.lookup_full_desc`,
       [typeCode]
     );
   }

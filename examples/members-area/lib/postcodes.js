@@ -13,7 +13,11 @@ class Postcodes {
     const entry = entries.find((each) => plain(each.postcode) === plain(postcode));
     if (!entry) return [];
     const addresses = entry.addresses.map((each) => ({
-      ...each, town: entry.town, county: entry.county, postcode: entry.postcode, country: entry.country,
+      ...each,
+      town: entry.town,
+      county: entry.county,
+      postcode: entry.postcode,
+      country: entry.country,
     }));
     const wanted = house.trim().toUpperCase();
     const exact = addresses.filter((each) => wanted !== '' && each.house.toUpperCase() === wanted);

@@ -77,7 +77,7 @@ function checkToken(request, response, next) {
     new PageFailure(
       403,
       'This form can no longer be sent',
-      'It was opened too long ago or came from another place. Open the page again and send it from there.'
+      'It was opened too long ago or came from elsewhere. Open the page again and send it there.'
     )
   );
 }

@@ -55,7 +55,14 @@ module.exports = ({ switches, component, dictionaries, adminStore }) => {
     const areas = adminStore.areas();
     const asked = textOf(request.query, 'area');
     const area = areas.find((each) => each.name === asked)?.name || areas[0]?.name || 'General';
-    response.render('admin/texts', { areas, area, texts: adminStore.texts(area), problem, typed, longestText });
+    response.render('admin/texts', {
+      areas,
+      area,
+      texts: adminStore.texts(area),
+      problem,
+      typed,
+      longestText,
+    });
   }
 
   const textsPath = (area) => `/admin/texts?${new URLSearchParams({ area })}`;
@@ -72,7 +79,9 @@ module.exports = ({ switches, component, dictionaries, adminStore }) => {
       return text !== undefined && (typeof text !== 'string' || text.length > longestText);
     });
     if (tooLong) {
-      const problem = `The text of ${tooLong.web_text_label} may have at most ${longestText} characters; nothing was saved.`;
+      const problem =
+        `The text of ${tooLong.web_text_label} may have at most ${longestText} characters; ` +
+        'nothing was saved.';
       response.status(422);
       return showTexts(request, response, problem, Object.fromEntries(values));
     }
@@ -92,9 +101,13 @@ module.exports = ({ switches, component, dictionaries, adminStore }) => {
     };
     // The component places areas and labels into SQL as they are.
     if (!/^[\w ./-]{1,50}$/.test(area) || !/^[\w ./-]{1,100}$/.test(label) || textId === 0) {
-      return refuse('An area (up to 50), a label (up to 100 letters, digits, blanks, ".", "/", "-") and a text set are needed.');
+      return refuse(
+        'An area (up to 50) and a label (up to 100 letters, digits, blanks, ".", "/", "-") ' +
+          'and the number of a text set are needed.'
+      );
     }
-    if (text.length > longestText) return refuse(`The text may have at most ${longestText} characters.`);
+    if (text.length > longestText)
+      return refuse(`The text may have at most ${longestText} characters.`);
     if (!adminStore.addText(area, label, textId, text)) {
       return refuse(`${area}/${label} has a text in set ${textId} already: change it in the list.`);
     }
@@ -109,11 +122,14 @@ module.exports = ({ switches, component, dictionaries, adminStore }) => {
   router.post('/settings', (request, response) => {
     const values = {};
     for (const { key } of adminStore.settings()) {
-      if (typeof request.body[`setting-${key}`] === 'string') values[key] = request.body[`setting-${key}`].trim();
+      if (typeof request.body[`setting-${key}`] === 'string')
+        values[key] = request.body[`setting-${key}`].trim();
     }
     const newKey = textOf(request.body, 'newKey').trim();
     if (newKey !== '') values[newKey] = textOf(request.body, 'newValue').trim();
-    const problems = Object.entries(values).map(([key, value]) => settingProblem(key, value)).filter(Boolean);
+    const problems = Object.entries(values)
+      .map(([key, value]) => settingProblem(key, value))
+      .filter(Boolean);
     if (newKey !== '' && !/^\w{1,100}$/.test(newKey)) {
       problems.push('A key has up to 100 letters, digits and underscores.');
     }
@@ -139,11 +155,18 @@ module.exports = ({ switches, component, dictionaries, adminStore }) => {
   router.get('/names', (request, response) => showNames(request, response));
 
   router.post('/names', (request, response) => {
-    const typed = Object.fromEntries(templates.map(({ entry }) => [entry, textOf(request.body, entry).trim()]));
+    const typed = Object.fromEntries(
+      templates.map(({ entry }) => [entry, textOf(request.body, entry).trim()])
+    );
     const wrong = templates.find(({ entry }) => typed[entry] === '' || typed[entry].length > 255);
     if (wrong) {
       response.status(422);
-      return showNames(request, response, `The ${wrong.entry} template must have 1 to 255 characters.`, typed);
+      return showNames(
+        request,
+        response,
+        `The ${wrong.entry} template must have 1 to 255 characters.`,
+        typed
+      );
     }
     for (const { entry } of templates) adminStore.saveNameTemplate(entry, typed[entry]);
     response.done('names', '/admin/names');

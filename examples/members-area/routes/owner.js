@@ -30,7 +30,8 @@ module.exports = ({ owners, component, addressForm }) => {
 
   router.get('/', (request, response) => {
     // Relative addresses on the page count on the path's closing slash.
-    if (!request.originalUrl.split('?')[0].endsWith('/')) return response.redirect(301, request.owner.path);
+    if (!request.originalUrl.split('?')[0].endsWith('/'))
+      return response.redirect(301, request.owner.path);
     const { owner } = request;
     const links = owners.links(owner);
     for (const link of links) {
@@ -65,11 +66,12 @@ module.exports = ({ owners, component, addressForm }) => {
 
   function store(request, response) {
     const { owner, link = null } = request;
-    const values = addressForm.postedValues(request.body);
+    const values = addressForm.postedValues(request.body, link);
     // A new address may be made the invoice address; a replaced one hands that on.
-    const isInvoice = link === null
-      ? owner.member !== null && textOf(request.body, 'invoice') === 'Y'
-      : link.isInvoice;
+    const isInvoice =
+      link === null
+        ? owner.member !== null && textOf(request.body, 'invoice') === 'Y'
+        : link.isInvoice;
     const saved = addressForm.save(request, owner, link, values, isInvoice);
     if (saved.outcome) return response.done(saved.outcome, owner.path);
     response.status(saved.incident ? 503 : 422);
@@ -85,7 +87,9 @@ module.exports = ({ owners, component, addressForm }) => {
   router.post('/amend-:link', store);
 
   router.get('/end-:link', (request, response) => {
-    const others = owners.sharers(request.link.location_ref).filter((each) => each.path !== request.owner.path);
+    const others = owners
+      .sharers(request.link.location_ref)
+      .filter((each) => each.path !== request.owner.path);
     response.render('end-address', { others });
   });
 
@@ -94,12 +98,17 @@ module.exports = ({ owners, component, addressForm }) => {
     const references = ['individual', 'organisation', 'contact'].map((kindName) =>
       kindName === owner.kindName ? link.link_ref : 0
     );
-    component.use(request, 'InvalidateLocation', (address) => address.InvalidateLocation(...references));
+    component.use(request, 'InvalidateLocation', (address) =>
+      address.InvalidateLocation(...references)
+    );
     response.done('ended', owner.path);
   });
 
   router.get('/edit-right-:link', (request, response) => {
-    response.render('edit-right', { sharers: owners.sharers(request.link.location_ref), problem: null });
+    response.render('edit-right', {
+      sharers: owners.sharers(request.link.location_ref),
+      problem: null,
+    });
   });
 
   router.post('/edit-right-:link', (request, response) => {
@@ -123,10 +132,26 @@ module.exports = ({ owners, component, addressForm }) => {
     if (owner.member === null) return next(notFoundFailure());
     component.use(request, owner.kind.updateMethod, (address) =>
       address[owner.kind.updateMethod](
-        link.location_ref, link.link_ref, link.display_name || '', link.differentiator || '',
-        link.address1 || '', link.address2 || '', link.address3 || '', link.town || '',
-        link.county || '', link.postcode || '', link.country || '', link.country_ref || 0,
-        link.type || 0, link.region1 || 0, link.region2 || 0, '', '', '', true, link.comments || ''
+        link.location_ref,
+        link.link_ref,
+        link.display_name || '',
+        link.differentiator || '',
+        link.address1 || '',
+        link.address2 || '',
+        link.address3 || '',
+        link.town || '',
+        link.county || '',
+        link.postcode || '',
+        link.country || '',
+        link.country_ref || 0,
+        link.type || 0,
+        link.region1 || 0,
+        link.region2 || 0,
+        '',
+        '',
+        '',
+        true,
+        link.comments || ''
       )
     );
     response.done('invoice', owner.path);

@@ -9,7 +9,15 @@ let pafPrefix = '';
 
 // The parts of an address in the order in which setAddressValuesForPaf takes them.
 const pafFields = [
-  'DisplayName', 'Differentiator', 'Add1', 'Add2', 'Add3', 'Town', 'County', 'Postcode', 'Country',
+  'DisplayName',
+  'Differentiator',
+  'Add1',
+  'Add2',
+  'Add3',
+  'Town',
+  'County',
+  'Postcode',
+  'Country',
 ];
 
 // The form that holds the prefix's address fields, or null.
@@ -39,7 +47,9 @@ function openPafWindow(button) {
   const typed = (name) => pafField(pafPrefix, form, name)?.value.trim() || '';
   const house = (/^\d+\s?[a-z]?(?![a-z])/i.exec(typed('Add1')) || [''])[0].replace(/\s/g, '');
   const query = new URLSearchParams({ postcode: typed('Postcode'), house });
-  window.open(`../paf/?${query}`, 'paf', 'width=480,height=620,scrollbars=yes,resizable=yes')?.focus();
+  window
+    .open(`../paf/?${query}`, 'paf', 'width=480,height=620,scrollbars=yes,resizable=yes')
+    ?.focus();
 }
 
 function setAddressValuesForPaf(prefix, form, ...values) {
@@ -69,8 +79,17 @@ function takePafAddress(address) {
   const form = pafForms[pafPrefix];
   if (!form) return false;
   setAddressValuesForPaf(
-    pafPrefix, form, '', '', address.line1, address.line2, address.line3, address.town,
-    address.county, address.postcode, address.country
+    pafPrefix,
+    form,
+    '',
+    '',
+    address.line1,
+    address.line2,
+    address.line3,
+    address.town,
+    address.county,
+    address.postcode,
+    address.country
   );
   return true;
 }

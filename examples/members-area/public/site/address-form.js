@@ -1,13 +1,18 @@
 // Makes the component's rows easier to use: names every field for assistive technology, tells which
-// are mandatory, and repeats the messages of the summary beside their fields. The form works without.
+// are mandatory, and repeats the summary's messages beside their fields. The form works without.
 'use strict';
 
 const form = document.querySelector('[data-address-form]');
 
 // What browsers may fill in by themselves.
 const completions = {
-  Add1: 'address-line1', Add2: 'address-line2', Add3: 'address-line3', Town: 'address-level2',
-  County: 'address-level1', PostCode: 'postal-code', Country: 'country-name',
+  Add1: 'address-line1',
+  Add2: 'address-line2',
+  Add3: 'address-line3',
+  Town: 'address-level2',
+  County: 'address-level1',
+  PostCode: 'postal-code',
+  Country: 'country-name',
 };
 
 const nameOf = (label) => label.textContent.replace(/[\s\u00a0:*]+$/, '').trim();
@@ -44,6 +49,7 @@ for (const link of document.querySelectorAll('#problems a')) {
 document.getElementById('problems')?.focus();
 
 form.addEventListener('paffilled', () => {
-  document.querySelector('[data-found]').textContent = 'The address found was filled in. Check it, then save.';
+  document.querySelector('[data-found]').textContent =
+    'The address found was filled in. Check it, then save.';
   form.elements.namedItem('Add1').focus();
 });

@@ -5,7 +5,10 @@ document.addEventListener('click', (event) => {
   const button = event.target.closest('[data-address]');
   if (!button) return;
   const opener = window.opener;
-  const filled = opener && !opener.closed && typeof opener.takePafAddress === 'function' &&
+  const filled =
+    opener &&
+    !opener.closed &&
+    typeof opener.takePafAddress === 'function' &&
     opener.takePafAddress(JSON.parse(button.dataset.address));
   if (filled) {
     window.close();
