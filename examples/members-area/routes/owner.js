@@ -60,6 +60,7 @@ module.exports = ({ owners, component, addressForm }) => {
       incident: refused.incident || null,
       editor: sharers.find((each) => each.mayEdit) || null,
       others: sharers.filter((each) => each.path !== owner.path),
+      isFirst: link === null && owners.links(owner).every((each) => each.ended),
       wantsInvoice: textOf(request.body, 'invoice') === 'Y',
     });
   }
