@@ -38,7 +38,7 @@ test('no page scrolls sideways on a phone, also with debugging and labels on', a
     await page.goto('/admin/');
     await page.getByLabel('Show labels').check();
     await page.getByRole('button', { name: 'Save' }).first().click();
-    await page.getByLabel('Debugging').check();
+    await page.locator('[name=debug]').check();
     await page.getByRole('button', { name: 'Save' }).last().click();
   }
 });

@@ -285,7 +285,8 @@ function mandatoryProblems(lastError, validator) {
       const at = fields.findIndex((field) => field.label === label);
       const [field] = at < 0 ? [null] : fields.splice(at, 1);
       const known = field && textFields.find(({ name }) => name === field.id)?.known;
-      const plain = label.replace(/\s*:\s*$/, '') || known || 'This';
+      // A label may hold markup.
+      const plain = label.replace(/<[^>]*>|\s*:\s*$/g, '').trim() || known || 'This';
       return {
         field: field ? idOf(field.id) : '',
         message: message.endsWith(suffix) ? plain + suffix : message,
