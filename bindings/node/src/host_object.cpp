@@ -1,81 +1,16 @@
 #include "host_object.h"
 
-#include <vector>
-
 #include "environment.h"
 #include "failures.h"
+#include "map_dictionary.h"
 #include "values.h"
 
 namespace vellum250::node {
 
 namespace {
 
-// What a page's object answered. Nothing at all is Empty: as a result, undefined is not an
-// argument left out.
-Variant Answer(Environment& environment, napi_value value, TextView member) {
-  try {
-    Variant answer = ToVariant(environment, value);
-    return answer.IsMissing() ? Variant() : answer;
-  } catch (const Failure& failure) {
-    throw WithDetail(failure, Text(member) + u" of the page's dictionary");
-  }
-}
-
-// A JavaScript Map. Its own functions run no code of the page, so that what was read holds good
-// until the page runs again; asking whether a key exists and then for its item is one look-up.
-class MapDictionary final : public HostObject {
- public:
-  MapDictionary(Environment& environment, napi_value value) : HostObject(environment, value) {}
-
-  Variant Invoke(TextView member, InvokeKind, Arguments arguments) override {
-    Environment& environment = Living();
-    if (EqualsIgnoreAsciiCase(member, u"Count")) return Count(environment);
-    const bool exists = EqualsIgnoreAsciiCase(member, u"Exists");
-    if (!exists && !member.empty() && !EqualsIgnoreAsciiCase(member, u"Item")) {
-      throw NoSuchMember(Text(member) + u" of a Map");
-    }
-    if (arguments.size() != 1) throw WrongNumberOfArguments(Text(member) + u" of a Map");
-    LookUp(environment, arguments[0]);
-    return exists ? Variant(found_) : item_;
-  }
-
- private:
-  int32_t Count(Environment& environment) {
-    if (countEpoch_ != environment.Epoch()) {
-      const Napi::HandleScope scope(environment.Env());
-      const napi_value size = CallFunction(environment.Functions().mapSize.Value(), {});
-      Check(environment.Env(), napi_get_value_int32(environment.Env(), size, &count_));
-      countEpoch_ = environment.Epoch();
-    }
-    return count_;
-  }
-
-  void LookUp(Environment& environment, const Variant& key) {
-    if (epoch_ == environment.Epoch() && key == key_) return;
-    epoch_ = 0;
-    const Napi::HandleScope scope(environment.Env());
-    const napi_value name = ToJavaScript(environment, key);
-    const napi_value item = CallFunction(environment.Functions().mapGet.Value(), {&name, 1});
-    item_ = Answer(environment, item, u"Item");
-    found_ = !item_.IsEmpty();
-    if (!found_) {
-      const napi_value has = CallFunction(environment.Functions().mapHas.Value(), {&name, 1});
-      Check(environment.Env(), napi_get_value_bool(environment.Env(), has, &found_));
-    }
-    key_ = key;
-    epoch_ = environment.Epoch();
-  }
-
-  uint64_t countEpoch_ = 0;
-  int32_t count_ = 0;
-  uint64_t epoch_ = 0;
-  Variant key_;
-  Variant item_;
-  bool found_ = false;
-};
-
-// Any other object of the page: its members by the names the library asks for, as the object has
-// them.
+// An object of the page that is no Map: its members by the names the library asks for, as the
+// object has them.
 class ForwardingObject final : public HostObject {
  public:
   ForwardingObject(Environment& environment, napi_value value) : HostObject(environment, value) {}
@@ -130,18 +65,32 @@ bool HasMembersOfDictionary(napi_env env, napi_value value) {
 
 }  // namespace
 
+Variant Answer(Environment& environment, napi_value value, TextView member) {
+  try {
+    Variant answer = ToVariant(environment, value);
+    return answer.IsMissing() ? Variant() : answer;
+  } catch (const Failure& failure) {
+    throw WithDetail(failure, Text(member) + u" of the page's dictionary");
+  }
+}
+
 HostObject::HostObject(Environment& environment, napi_value value) : environment_(&environment) {
-  Check(environment.Env(), napi_create_reference(environment.Env(), value, 1, &value_));
+  Hold(value);
   environment.hostObjects.insert(this);
 }
 
 HostObject::~HostObject() {
   if (environment_ == nullptr) return;
   environment_->hostObjects.erase(this);
-  napi_delete_reference(environment_->Env(), value_);
+  Detach();
 }
 
 ObjectRef HostObject::From(Environment& environment, napi_value value) {
+  for (HostObject* known : environment.hostObjects) {
+    bool same = false;
+    Check(environment.Env(), napi_strict_equals(environment.Env(), known->Value(), value, &same));
+    if (same) return ObjectRef(known);
+  }
   if (IsMap(environment, value)) return MakeObject<MapDictionary>(environment, value);
   if (HasMembersOfDictionary(environment.Env(), value)) {
     return MakeObject<ForwardingObject>(environment, value);
@@ -149,16 +98,28 @@ ObjectRef HostObject::From(Environment& environment, napi_value value) {
   return {};
 }
 
-napi_value HostObject::Value() const {
-  const napi_env env = Living().Env();
+void HostObject::Detach() {
+  for (napi_ref reference : held_) napi_delete_reference(environment_->Env(), reference);
+  held_.clear();
+  environment_ = nullptr;
+}
+
+napi_ref HostObject::Hold(napi_value value) {
+  napi_ref reference = nullptr;
+  Check(Living().Env(), napi_create_reference(Living().Env(), value, 1, &reference));
+  held_.push_back(reference);
+  return reference;
+}
+
+napi_value HostObject::Held(napi_ref reference) const {
   napi_value value = nullptr;
-  Check(env, napi_get_reference_value(env, value_, &value));
+  Check(Living().Env(), napi_get_reference_value(Living().Env(), reference, &value));
   return value;
 }
 
-void HostObject::Detach() {
-  napi_delete_reference(environment_->Env(), value_);
-  environment_ = nullptr;
+napi_value HostObject::Value() const {
+  Living();
+  return Held(held_.front());
 }
 
 Environment& HostObject::Living() const {
