@@ -5,14 +5,15 @@
 #include <vector>
 
 #include "automation/class_table.h"
+#include "automation/keyed_lookup.h"
 
 namespace vellum250 {
 
-class Dictionary final : public ScriptObject<Dictionary> {
+class Dictionary final : public ScriptObject<Dictionary>, public KeyedLookup {
  public:
   static const ClassTable& Table();
 
-  int32_t Count() const { return static_cast<int32_t>(entries_.size()); }
+  int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }
   bool Exists(const Text& key) const { return Find(key) != nullptr; }
   // The value, or Empty for an absent key (which is not added).
   Variant Item(const Text& key) const;
@@ -24,9 +25,8 @@ class Dictionary final : public ScriptObject<Dictionary> {
   void Remove(const Text& key);
   void RemoveAll();
 
-  // For the library's own look-ups: the value or nullptr. Does not allocate. Valid until the next
-  // change.
-  const Variant* Find(TextView key) const;
+  // Does not allocate. Valid until the next change.
+  const Variant* Find(TextView key) const override;
   // Keys and values in insertion order.
   const std::vector<std::pair<Text, Variant>>& Entries() const { return entries_; }
 

@@ -1,9 +1,11 @@
 #include "runtime/web_dictionary.h"
 
+#include "automation/conversion.h"
+
 namespace vellum250 {
 
 bool WebDictionary::HasEntries() const {
-  if (own_ != nullptr) return own_->Count() != 0;
+  if (lookup_ != nullptr) return lookup_->Count() != 0;
   if (!object_) return false;
   // The page may replace the dictionary while its own code runs.
   const ObjectRef object = object_;
@@ -11,7 +13,7 @@ bool WebDictionary::HasEntries() const {
 }
 
 const Variant* WebDictionary::Find(TextView key, Variant& storage) const {
-  if (own_ != nullptr) return own_->Find(key);
+  if (lookup_ != nullptr) return lookup_->Find(key);
   if (!object_) return nullptr;
   const ObjectRef object = object_;
   const auto call = [&](TextView member) {

@@ -1,7 +1,8 @@
-// A keyed dictionary that the page hands over: the host's own object, or the library's Dictionary.
+// A keyed dictionary that the page hands over.
 #pragma once
 
-#include "automation/dictionary.h"
+#include "automation/keyed_lookup.h"
+#include "automation/object.h"
 
 namespace vellum250 {
 
@@ -11,17 +12,17 @@ class WebDictionary {
  public:
   WebDictionary() = default;
   explicit WebDictionary(ObjectRef object)
-      : object_(std::move(object)), own_(dynamic_cast<const Dictionary*>(object_.get())) {}
+      : object_(std::move(object)), lookup_(dynamic_cast<const KeyedLookup*>(object_.get())) {}
 
   bool HasEntries() const;
 
-  // The value of a key, or nullptr when it is absent. The library's own dictionary gives its own
-  // value, valid until its next change; `storage` takes that of a host's.
+  // The value of a key, or nullptr when it is absent. Valid until the next question to the
+  // dictionary or change of it; `storage` takes the value when the dictionary keeps none.
   const Variant* Find(TextView key, Variant& storage) const;
 
  private:
   ObjectRef object_;
-  const Dictionary* own_ = nullptr;  // `object_`, when it is the library's
+  const KeyedLookup* lookup_ = nullptr;  // `object_`, when it offers that
 };
 
 }  // namespace vellum250

@@ -15,16 +15,18 @@ Napi::Object PrototypeOf(Napi::Env env, const char* className) {
   return env.Global().Get(className).As<Napi::Object>().Get("prototype").As<Napi::Object>();
 }
 
-constexpr char kMapStillHolds[] = R"js('use strict';
+constexpr char kCompareMap[] = R"js('use strict';
 (() => {
   const get = Function.prototype.call.bind(Map.prototype.get);
+  const { get: sizeOf } = Object.getOwnPropertyDescriptor(Map.prototype, 'size');
+  const size = Function.prototype.call.bind(sizeOf);
   const { is } = Object;
   return function (list, first, count) {
     const end = Math.min(2 * (first + count), list.length);
     for (let i = 2 * first; i < end; i += 2) {
-      if (!is(get(this, list[i]), list[i + 1])) return false;
+      if (!is(get(this, list[i]), list[i + 1])) return ~size(this);
     }
-    return true;
+    return size(this);
   };
 })();
 )js";
@@ -40,7 +42,7 @@ BuiltIns::BuiltIns(Napi::Env env) {
                                .As<Napi::Function>()
                                .Call({map, Napi::String::New(env, "size")});
   mapSize = Keep(size.As<Napi::Object>().Get("get"));
-  mapStillHolds = Keep(env.RunScript(kMapStillHolds));
+  compareMap = Keep(env.RunScript(kCompareMap));
   setPrototypeOf = Keep(object.Get("setPrototypeOf"));
   proxy = Keep(env.Global().Get("Proxy"));
 

@@ -26,8 +26,8 @@ struct BuiltIns {
   Napi::FunctionReference mapHas;
   Napi::FunctionReference mapSize;
   // Called on a map with a list [key, item, key, item ...], the first entry and a number of
-  // entries: whether the map still holds those items under those keys.
-  Napi::FunctionReference mapStillHolds;
+  // entries: the map's size when it still holds those items under those keys, otherwise ~size.
+  Napi::FunctionReference compareMap;
   Napi::FunctionReference date;
   Napi::FunctionReference dateParts[7];  // year, month (0-11), day, hour, minute, second, ms
   Napi::FunctionReference proxy;

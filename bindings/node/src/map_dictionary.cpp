@@ -1,5 +1,6 @@
 #include "map_dictionary.h"
 
+#include "automation/conversion.h"
 #include "environment.h"
 #include "failures.h"
 #include "values.h"
@@ -30,83 +31,78 @@ MapDictionary::MapDictionary(Environment& environment, napi_value map)
     : HostObject(environment, map), list_(Hold(EmptyArray(environment.Env()))) {}
 
 Variant MapDictionary::Invoke(TextView member, InvokeKind, Arguments arguments) {
-  Environment& environment = Living();
-  if (EqualsIgnoreAsciiCase(member, u"Count")) return Count(environment);
+  if (EqualsIgnoreAsciiCase(member, u"Count")) return Count();
   const bool exists = EqualsIgnoreAsciiCase(member, u"Exists");
   if (!exists && !member.empty() && !EqualsIgnoreAsciiCase(member, u"Item")) {
     throw NoSuchMember(Text(member) + u" of a Map");
   }
   if (arguments.size() != 1) throw WrongNumberOfArguments(Text(member) + u" of a Map");
-  return exists ? Exists(environment, arguments[0]) : Item(environment, arguments[0]);
+  const Variant* found = Find(ToText(arguments[0]));
+  if (exists) return found != nullptr;
+  return found == nullptr ? Variant() : *found;
 }
 
-int32_t MapDictionary::Count(Environment& environment) {
-  if (countEpoch_ != environment.Epoch()) {
-    const Napi::HandleScope scope(environment.Env());
-    const napi_value size = CallFunction(environment.Functions().mapSize.Value(), {});
-    Check(environment.Env(), napi_get_value_int32(environment.Env(), size, &count_));
-    countEpoch_ = environment.Epoch();
-  }
+int32_t MapDictionary::Count() const {
+  Environment& environment = Living();
+  if (countEpoch_ != environment.Epoch()) Compare(environment, lastBlock_);
   return count_;
 }
 
-Variant MapDictionary::Exists(Environment& environment, const Variant& key) {
-  const Text* text = key.If<Text>();
-  if (text != nullptr && Recall(environment, *text) != nullptr) return true;
-  const Napi::HandleScope scope(environment.Env());
-  if (!Ask(environment, key).IsEmpty()) return true;
-  const napi_value name = ToJavaScript(environment, key);
-  return ToVariant(environment, CallFunction(environment.Functions().mapHas.Value(), {&name, 1}));
-}
-
-Variant MapDictionary::Item(Environment& environment, const Variant& key) {
-  if (const Text* text = key.If<Text>()) {
-    if (const Entry* entry = Recall(environment, *text)) return entry->item;
+const Variant* MapDictionary::Find(TextView key) const {
+  Environment& environment = Living();
+  auto found = entries_.find(key);
+  if (found == entries_.end()) return Ask(environment, key);
+  lastBlock_ = found->second.position / kBlock;
+  if (blockEpochs_[lastBlock_] != environment.Epoch()) {
+    Compare(environment, lastBlock_);
+    if (entries_.empty()) return Ask(environment, key);
   }
-  const Napi::HandleScope scope(environment.Env());
-  return Ask(environment, key);
+  return &found->second.item;
 }
 
-const MapDictionary::Entry* MapDictionary::Recall(Environment& environment, TextView key) {
-  const auto found = entries_.find(key);
-  if (found == entries_.end()) return nullptr;
-  const size_t block = found->second.position / kBlock;
-  if (blockEpochs_[block] != environment.Epoch()) {
-    const napi_env env = environment.Env();
-    const Napi::HandleScope scope(env);
-    const napi_value arguments[] = {Held(list_), Napi::Number::New(env, block * kBlock),
-                                    Napi::Number::New(env, kBlock)};
-    const napi_value same = CallFunction(environment.Functions().mapStillHolds.Value(), arguments);
-    bool holds = false;
-    Check(env, napi_get_value_bool(env, same, &holds));
-    if (!holds) {
-      Forget(environment);
-      return nullptr;
-    }
+void MapDictionary::Compare(Environment& environment, size_t block) const {
+  const napi_env env = environment.Env();
+  const Napi::HandleScope scope(env);
+  const napi_value arguments[] = {Held(list_), Napi::Number::New(env, block * kBlock),
+                                  Napi::Number::New(env, kBlock)};
+  const napi_value answer = CallFunction(environment.Functions().compareMap.Value(), arguments);
+  Check(env, napi_get_value_int32(env, answer, &count_));
+  countEpoch_ = environment.Epoch();
+  if (count_ < 0) {
+    count_ = ~count_;
+    Forget(environment);
+  } else if (block < blockEpochs_.size()) {
     blockEpochs_[block] = environment.Epoch();
   }
-  return &found->second;
 }
 
-Variant MapDictionary::Ask(Environment& environment, const Variant& key) {
+const Variant* MapDictionary::Ask(Environment& environment, TextView key) const {
   const napi_env env = environment.Env();
-  const napi_value name = ToJavaScript(environment, key);
-  const napi_value value = CallFunction(environment.Functions().mapGet.Value(), {&name, 1});
-  Variant item = Answer(environment, value, u"Item");
-  if (!key.IsText() || !IsComparable(item)) return item;
+  const Napi::HandleScope scope(env);
+  const BuiltIns& functions = environment.Functions();
+  const napi_value name = MakeText(env, key);
+  const napi_value value = CallFunction(functions.mapGet.Value(), {&name, 1});
+  answer_ = Answer(environment, value, u"Item");
+  if (answer_.IsEmpty()) {
+    const napi_value has = CallFunction(functions.mapHas.Value(), {&name, 1});
+    bool exists = false;
+    Check(env, napi_get_value_bool(env, has, &exists));
+    return exists ? &answer_ : nullptr;
+  }
+  if (!IsComparable(answer_)) return &answer_;
 
   if (entries_.size() == kMostEntries) Forget(environment);
   const size_t position = entries_.size();
   const napi_value list = Held(list_);
   Check(env, napi_set_element(env, list, static_cast<uint32_t>(2 * position), name));
   Check(env, napi_set_element(env, list, static_cast<uint32_t>(2 * position + 1), value));
-  // A block that was not compared yet since the page ran stays so for its other entries.
+  // A block that the page may have changed since stays to be compared, for its other entries.
   if (position % kBlock == 0) blockEpochs_.push_back(environment.Epoch());
-  entries_.insert_or_assign(key.As<Text>(), Entry{item, position});
-  return item;
+  return &entries_.insert_or_assign(Text(key), Entry{std::move(answer_), position})
+              .first->second.item;
 }
 
-void MapDictionary::Forget(Environment& environment) {
+void MapDictionary::Forget(Environment& environment) const {
   const napi_env env = environment.Env();
   Check(env, napi_set_named_property(env, Held(list_), "length", Napi::Number::New(env, 0)));
   entries_.clear();

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <unordered_map>
+#include <vector>
 
+#include "automation/keyed_lookup.h"
 #include "host_object.h"
 
 namespace vellum250::node {
@@ -14,11 +16,13 @@ namespace vellum250::node {
 // JavaScript as a list of key and item. The page cannot change the map before the library returns
 // to it; once it may have run, one call into JavaScript compares a block of the list with the map,
 // and only a difference makes the library ask again.
-class MapDictionary final : public HostObject {
+class MapDictionary final : public HostObject, public KeyedLookup {
  public:
   MapDictionary(Environment& environment, napi_value map);
 
   Variant Invoke(TextView member, InvokeKind kind, Arguments arguments) override;
+  int32_t Count() const override;
+  const Variant* Find(TextView key) const override;
 
  private:
   struct Entry {
@@ -30,20 +34,20 @@ class MapDictionary final : public HostObject {
     size_t operator()(TextView key) const { return std::hash<TextView>()(key); }
   };
 
-  int32_t Count(Environment& environment);
-  // The remembered entry when it still holds, otherwise nullptr.
-  const Entry* Recall(Environment& environment, TextView key);
-  Variant Exists(Environment& environment, const Variant& key);
-  Variant Item(Environment& environment, const Variant& key);
+  // Compares a block of the list and reads the map's size, when the page may have run since.
+  void Compare(Environment& environment, size_t block) const;
   // Asks the map and remembers what it answers, when that can be compared later.
-  Variant Ask(Environment& environment, const Variant& key);
-  void Forget(Environment& environment);
+  const Variant* Ask(Environment& environment, TextView key) const;
+  void Forget(Environment& environment) const;
 
+  // All that follows is memory of what the map holds.
   napi_ref list_;
-  int32_t count_ = 0;
-  uint64_t countEpoch_ = 0;  // when it was read
-  std::unordered_map<Text, Entry, Hash, std::equal_to<>> entries_;
-  std::vector<uint64_t> blockEpochs_;  // when each block of the list was compared last
+  mutable int32_t count_ = 0;
+  mutable uint64_t countEpoch_ = 0;  // when it was read
+  mutable std::unordered_map<Text, Entry, Hash, std::equal_to<>> entries_;
+  mutable std::vector<uint64_t> blockEpochs_;  // when each block of the list was compared last
+  mutable size_t lastBlock_ = 0;               // the one that was asked for last
+  mutable Variant answer_;                     // the last that is not among the entries
 };
 
 }  // namespace vellum250::node
