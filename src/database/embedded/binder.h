@@ -1,0 +1,137 @@
+// Binding: names become columns with types, conversions become visible, and out comes SQLite text.
+#pragma once
+
+#include "database/embedded/plan.h"
+
+namespace vellum250::database::embedded {
+
+// A bound value: SQLite text and its type.
+struct Typed {
+  std::string sql;
+  TypeInfo type;
+  // What stands at the top of `sql`, for parentheses and collation.
+  enum class Form : uint8_t { Atom, Column, Joined, Other };
+  Form form = Form::Other;
+  bool isNull = false;  // the untyped NULL
+  int32_t slot = -1;    // `sql` is this parameter and nothing else
+};
+
+struct BoundColumn {
+  Text name;
+  TypeInfo type;
+  std::string sql;
+};
+
+// A table, view or derived table in FROM, with the columns it shows.
+struct BoundSource {
+  Text alias;  // the name before the dot
+  std::string sqlAlias;
+  std::vector<BoundColumn> columns;
+  ObjectPtr table;
+};
+
+// The columns that grouping leaves visible outside aggregates.
+struct Grouping {
+  const std::vector<ExpressionPtr>* expressions = nullptr;
+  std::vector<const BoundColumn*> columns;
+};
+
+struct Scope {
+  Scope* outer = nullptr;
+  std::vector<BoundSource> sources;
+  size_t firstVisible = 0;  // ON does not see what stands before a comma
+  std::optional<Grouping> grouping;
+  bool aggregatesAllowed = false;
+  int32_t insideAggregate = 0;
+};
+
+struct BoundQuery {
+  std::string sql;
+  std::vector<ResultColumn> columns;
+  std::vector<Text> variables;  // of SELECT @v = ...
+  bool singleRow = false;       // never more than one row
+};
+
+class Binder {
+ public:
+  explicit Binder(const BindInput& input) : input_(input) {}
+
+  std::vector<Slot> TakeSlots() { return std::move(slots_); }
+
+  // binder_query.cpp
+  // `derived` names the columns c1, c2 ... for an outer query.
+  BoundQuery BindQuery(const Query& query, Scope* outer, bool derived);
+  // The text of a FROM clause without the word; its sources are added to the scope.
+  std::string BindFrom(const std::vector<SourcePtr>& from, Scope& scope);
+  BoundSource TableSource(const ObjectPtr& table, TextView alias);
+  ObjectPtr FindTable(TextView name, int32_t line) const;
+
+  // binder_expression.cpp
+  Typed Bind(const Expression& expression, Scope& scope);
+  std::string Condition(const Expression& condition, Scope& scope);
+  // As an operand: in parentheses when it needs them.
+  static std::string Operand(const Typed& value);
+  // A text that carries the collation; others as they are.
+  static std::string Collated(const Typed& value);
+  Typed Convert(Typed value, TypeInfo to);  // as CONVERT without style
+  Typed Assign(Typed value, const ColumnInfo& column, TextView table);
+  Typed SlotValue(Slot slot, TypeInfo type);
+  std::string Comparison(Typed left, Operation operation, Typed right);
+  // Whether two trees mean the same; pins the literals that were compared.
+  bool Same(const Expression& left, const Expression& right);
+  // Constants instead of parameters, for CHECK.
+  void UseConstants() { constants_ = true; }
+  // Literals come from a view's or check's own text; nullptr for the batch's. Gives what was set.
+  const std::vector<TypedValue>* SwapViewLiterals(const std::vector<TypedValue>* literals) {
+    return std::exchange(viewLiterals_, literals);
+  }
+
+  const BindInput& Input() const { return input_; }
+
+ private:
+  friend class QueryBinder;
+
+  // binder_expression.cpp
+  Typed BindLiteral(const TypedValue& literal, int32_t index);
+  Typed BindVariable(const Expression& expression);
+  Typed BindSystemVariable(const Expression& expression);
+  Typed BindColumn(const Expression& expression, Scope& scope);
+  const BoundColumn* FindColumn(const Expression& expression, Scope& scope, bool& qualifierKnown);
+  Typed BindUnary(const Expression& expression, Scope& scope);
+  Typed BindBinary(const Expression& expression, Scope& scope);
+  Typed BindCast(const Expression& expression, Scope& scope);
+  Typed BindCase(const Expression& expression, Scope& scope);
+  Typed BindSubquery(const Expression& expression, Scope& scope);
+  // The values converted to the one type they meet in.
+  TypeInfo Unify(std::vector<Typed*> values);
+  std::string In(const Expression& expression, Scope& scope);
+  std::string LikeCondition(const Expression& expression, Scope& scope);
+
+  // binder_functions.cpp
+  Typed BindCall(const Expression& expression, Scope& scope);
+  Typed BindAggregate(const Expression& expression, Scope& scope);
+  Typed BindIsNull(const Expression& expression, Scope& scope);
+  Typed BindCoalesce(const Expression& expression, Scope& scope);
+  Typed BindNullIf(const Expression& expression, Scope& scope);
+  Typed BindDatePart(const Expression& expression, Scope& scope);
+  Typed BindObjectId(const Expression& expression, Scope& scope);
+
+  TypedValue LiteralOf(const Expression& expression);  // pins it
+  DatabaseFailure AggregateFailure(const Expression& expression, const Scope& scope) const;
+  void Pin(int32_t literal);
+
+  const BindInput& input_;
+  std::vector<Slot> slots_;
+  int32_t aliases_ = 0;
+  int32_t views_ = 0;  // depth of views in views
+  bool constants_ = false;
+  // Literals of a view's text, instead of the batch's.
+  const std::vector<TypedValue>* viewLiterals_ = nullptr;
+  bool exactLengths_ = false;
+};
+
+bool IsAggregate(TextView function);
+// Whether an aggregate stands in it, outside sub-queries.
+bool HasAggregate(const Expression& expression);
+
+}  // namespace vellum250::database::embedded

@@ -1,0 +1,595 @@
+#include <charconv>
+
+#include "automation/locale.h"
+#include "database/embedded/binder.h"
+#include "database/embedded/convert.h"
+#include "database/embedded/failures.h"
+#include "database/embedded/messages.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+struct ComparisonWords {
+  const char* sql;
+  TextView words;
+};
+
+ComparisonWords WordsOf(Operation operation) {
+  switch (operation) {
+    case Operation::Equal: return {" = ", u"equal to"};
+    case Operation::NotEqual: return {" <> ", u"not equal to"};
+    case Operation::Less: return {" < ", u"less than"};
+    case Operation::LessOrEqual: return {" <= ", u"less than or equal to"};
+    case Operation::Greater: return {" > ", u"greater than"};
+    default: return {" >= ", u"greater than or equal to"};
+  }
+}
+
+std::string TextConstant(std::string_view text) {
+  std::string sql;
+  if (text.find('\0') != text.npos) {
+    static constexpr char kHex[] = "0123456789abcdef";
+    sql = "CAST(x'";
+    for (const char c : text) {
+      sql += kHex[static_cast<unsigned char>(c) >> 4];
+      sql += kHex[static_cast<unsigned char>(c) & 15];
+    }
+    return sql + "' AS TEXT)";
+  }
+  sql = "'";
+  for (const char c : text) {
+    if (c == '\'') sql += c;
+    sql += c;
+  }
+  return sql + "'";
+}
+
+std::string Constant(const Value& value) {
+  if (const auto* text = std::get_if<std::string>(&value)) return TextConstant(*text);
+  if (const auto* integer = std::get_if<int64_t>(&value)) return std::to_string(*integer);
+  if (const auto* number = std::get_if<double>(&value)) {
+    char digits[40];
+    const auto end = std::to_chars(digits, digits + 38, *number, std::chars_format::scientific).ptr;
+    return std::string(digits, end);
+  }
+  return "NULL";
+}
+
+// Whether comparing needs no conversion though the types differ.
+bool ComparesAsStored(TypeInfo left, TypeInfo right) {
+  const TypeClass leftClass = ClassOf(left.type);
+  const TypeClass rightClass = ClassOf(right.type);
+  if (leftClass == TypeClass::Decimal && rightClass == TypeClass::Decimal) {
+    return left.scale == right.scale;
+  }
+  if (leftClass == rightClass) {
+    return leftClass != TypeClass::DateTime ||
+           (left.type == SqlType::Date) == (right.type == SqlType::Date);
+  }
+  const auto isPlain = [](TypeClass c) { return c == TypeClass::Whole || c == TypeClass::Float; };
+  return isPlain(leftClass) && isPlain(rightClass);
+}
+
+std::string Call(const char* function, std::initializer_list<std::string_view> arguments) {
+  std::string sql = function;
+  char separator = '(';
+  for (const std::string_view argument : arguments) {
+    sql += separator;
+    sql += argument;
+    separator = ',';
+  }
+  return sql + ")";
+}
+
+}  // namespace
+
+std::string Binder::Operand(const Typed& value) {
+  const bool alone = value.form == Typed::Form::Atom || value.form == Typed::Form::Column;
+  return alone ? value.sql : "(" + value.sql + ")";
+}
+
+std::string Binder::Collated(const Typed& value) {
+  if (!IsText(value.type) || value.form == Typed::Form::Column || value.isNull) return value.sql;
+  return Operand(value) + " COLLATE TSQL";
+}
+
+void Binder::Pin(int32_t literal) {
+  if (viewLiterals_ == nullptr) input_.pinned.push_back(literal);
+}
+
+TypedValue Binder::LiteralOf(const Expression& expression) {
+  Pin(expression.index);
+  return (viewLiterals_ ? *viewLiterals_ : input_.literals)[expression.index];
+}
+
+Typed Binder::SlotValue(Slot slot, TypeInfo type) {
+  Typed value;
+  value.type = type;
+  value.form = Typed::Form::Atom;
+  if (constants_) {
+    if (slot.kind != Slot::Kind::Constant) throw Unsupported(u"such an expression in CHECK");
+    value.sql = Constant(slot.constant);
+    return value;
+  }
+  value.slot = static_cast<int32_t>(slots_.size());
+  value.sql = "?" + std::to_string(slots_.size() + 1);
+  slots_.push_back(std::move(slot));
+  return value;
+}
+
+Typed Binder::BindLiteral(const TypedValue& literal, int32_t index) {
+  TypeInfo type = literal.type;
+  // The text of another run of this shape may be longer, its number have more digits.
+  if (exactLengths_) {
+    Pin(index);
+  } else if (IsText(type)) {
+    type.length = IsNational(type) ? 4000 : 8000;
+  } else {
+    if (type.type == SqlType::Int) type.precision = 0;
+  }
+  Slot slot;
+  slot.index = index;
+  if (viewLiterals_ != nullptr) {
+    slot.kind = Slot::Kind::Constant;
+    slot.constant = literal.value;
+  }
+  return SlotValue(std::move(slot), type);
+}
+
+Typed Binder::BindVariable(const Expression& expression) {
+  for (size_t i = 0; i < input_.variables.size(); ++i) {
+    if (!EqualsIgnoreAsciiCase(input_.variables[i].name, expression.name)) continue;
+    Slot slot;
+    slot.kind = Slot::Kind::Variable;
+    slot.index = static_cast<int32_t>(i);
+    return SlotValue(std::move(slot), input_.variables[i].type);
+  }
+  throw ServerFailure(137, u"Must declare the scalar variable \"" + expression.name + u"\".",
+                      expression.line);
+}
+
+Typed Binder::BindSystemVariable(const Expression& expression) {
+  struct Entry {
+    TextView name;
+    SystemValue value;
+    TypeInfo type;
+  };
+  static constexpr Entry kEntries[] = {
+      {u"@@rowcount", SystemValue::RowCount, kInt},
+      {u"@@identity", SystemValue::Identity, DecimalType(38, 0)},
+      {u"@@trancount", SystemValue::TransactionCount, kInt},
+      {u"@@error", SystemValue::Error, kInt}};
+  for (const Entry& entry : kEntries) {
+    if (!EqualsIgnoreAsciiCase(entry.name, expression.name)) continue;
+    Slot slot;
+    slot.kind = Slot::Kind::System;
+    slot.index = static_cast<int32_t>(entry.value);
+    return SlotValue(std::move(slot), entry.type);
+  }
+  throw Unsupported(expression.name, expression.line);
+}
+
+const BoundColumn* Binder::FindColumn(const Expression& expression, Scope& scope,
+                                      bool& qualifierKnown) {
+  const BoundColumn* found = nullptr;
+  for (size_t i = scope.firstVisible; i < scope.sources.size(); ++i) {
+    const BoundSource& source = scope.sources[i];
+    if (!expression.qualifier.empty()) {
+      if (!EqualsIgnoreAsciiCase(source.alias, expression.qualifier)) continue;
+      qualifierKnown = true;
+    }
+    for (const BoundColumn& column : source.columns) {
+      if (!EqualsIgnoreAsciiCase(column.name, expression.name)) continue;
+      if (found) {
+        throw ServerFailure(209, u"Ambiguous column name '" + expression.name + u"'.",
+                            expression.line);
+      }
+      found = &column;
+    }
+  }
+  return found;
+}
+
+Typed Binder::BindColumn(const Expression& expression, Scope& scope) {
+  bool qualifierKnown = false;
+  for (Scope* at = &scope; at != nullptr; at = at->outer) {
+    const BoundColumn* column = FindColumn(expression, *at, qualifierKnown);
+    if (column == nullptr) continue;
+    if (at->grouping && at->insideAggregate == 0 &&
+        std::ranges::count(at->grouping->columns, column) == 0) {
+      const Text& qualifier = expression.qualifier;
+      throw AtLine(NotGrouped(qualifier.empty() ? expression.name
+                                                : qualifier + u"." + expression.name),
+                   expression.line);
+    }
+    Typed value;
+    value.sql = column->sql;
+    value.type = column->type;
+    value.form = Typed::Form::Column;
+    return value;
+  }
+  if (!expression.qualifier.empty() && !qualifierKnown) {
+    throw ServerFailure(4104,
+                        u"The multi-part identifier \"" + expression.qualifier + u"." +
+                            expression.name + u"\" could not be bound.",
+                        expression.line);
+  }
+  throw AtLine(InvalidColumn(expression.name), expression.line);
+}
+
+Typed Binder::Convert(Typed value, TypeInfo to) {
+  if (value.isNull) {
+    value.type = to;
+    return value;
+  }
+  if (IsSameValue(value.type, to)) {
+    value.type = to;
+    return value;
+  }
+  CheckImplicit(value.type, to);
+  if (value.slot >= 0 && slots_[value.slot].conversion == Slot::Conversion::None) {
+    Slot& slot = slots_[value.slot];
+    slot.conversion = Slot::Conversion::Convert;
+    slot.from = value.type;
+    slot.to = to;
+    value.type = to;
+    return value;
+  }
+  value.sql = Call("v_convert", {value.sql, std::to_string(Encode(value.type)),
+                                 std::to_string(Encode(to))});
+  value.type = to;
+  value.form = Typed::Form::Atom;
+  value.slot = -1;
+  return value;
+}
+
+Typed Binder::Assign(Typed value, const ColumnInfo& column, TextView table) {
+  const TypeInfo to = column.type;
+  if (value.isNull || IsSameValue(value.type, to)) return value;
+  CheckImplicit(value.type, to);
+  if (value.slot >= 0 && slots_[value.slot].conversion == Slot::Conversion::None) {
+    Slot& slot = slots_[value.slot];
+    slot.conversion = Slot::Conversion::Assign;
+    slot.from = value.type;
+    slot.to = to;
+    slot.column = column.name;
+    slot.table = Text(table);
+    return value;
+  }
+  value.sql = Call("v_assign", {value.sql, std::to_string(Encode(value.type)),
+                                std::to_string(Encode(to)), TextConstant(ToUtf8(column.name)),
+                                TextConstant(ToUtf8(table))});
+  value.form = Typed::Form::Atom;
+  value.slot = -1;
+  return value;
+}
+
+TypeInfo Binder::Unify(std::vector<Typed*> values) {
+  std::optional<TypeInfo> common;
+  for (const Typed* value : values) {
+    if (!value->isNull) common = common ? CommonType(*common, value->type) : value->type;
+  }
+  // Nothing but NULL is an int.
+  const TypeInfo type = common.value_or(kInt);
+  for (Typed* value : values) *value = Convert(std::move(*value), type);
+  return type;
+}
+
+Typed Binder::Bind(const Expression& e, Scope& scope) {
+  if (scope.grouping && scope.insideAggregate == 0 && e.kind != ExpressionKind::Column &&
+      e.kind != ExpressionKind::Literal) {
+    for (const ExpressionPtr& group : *scope.grouping->expressions) {
+      if (group->kind == ExpressionKind::Column || !Same(e, *group)) continue;
+      ++scope.insideAggregate;
+      Typed value = Bind(e, scope);
+      --scope.insideAggregate;
+      return value;
+    }
+  }
+  switch (e.kind) {
+    case ExpressionKind::Literal:
+      return BindLiteral((viewLiterals_ ? *viewLiterals_ : input_.literals)[e.index], e.index);
+    case ExpressionKind::Null: {
+      Typed value;
+      value.sql = "NULL";
+      value.form = Typed::Form::Atom;
+      value.isNull = true;
+      return value;
+    }
+    case ExpressionKind::Marker: {
+      Slot slot;
+      slot.kind = Slot::Kind::Marker;
+      slot.index = e.index;
+      if (static_cast<size_t>(e.index) >= input_.markers.size()) {
+        throw ServerFailure(8144, u"There are fewer values than ? markers.", e.line);
+      }
+      return SlotValue(std::move(slot), input_.markers[e.index]);
+    }
+    case ExpressionKind::Variable: return BindVariable(e);
+    case ExpressionKind::SystemVariable: return BindSystemVariable(e);
+    case ExpressionKind::Column: return BindColumn(e, scope);
+    case ExpressionKind::Unary: return BindUnary(e, scope);
+    case ExpressionKind::Binary: return BindBinary(e, scope);
+    case ExpressionKind::Call: return BindCall(e, scope);
+    case ExpressionKind::Cast: return BindCast(e, scope);
+    case ExpressionKind::Case: return BindCase(e, scope);
+    case ExpressionKind::Subquery: return BindSubquery(e, scope);
+    default: break;
+  }
+  throw ServerFailure(102, u"Incorrect syntax: a condition stands where a value is expected.", e.line);
+}
+
+Typed Binder::BindUnary(const Expression& e, Scope& scope) {
+  Typed operand = Bind(*e.arguments[0], scope);
+  if (operand.isNull || e.operation == Operation::Plus) return operand;
+  Typed value;
+  if (e.operation == Operation::BitNot) {
+    if (ClassOf(operand.type.type) != TypeClass::Whole) throw Unsupported(u"~ of this type", e.line);
+    value.type = operand.type;
+    value.sql = operand.type.type == SqlType::Bit ? "1 - " + Operand(operand) : "~" + Operand(operand);
+    return value;
+  }
+  value.type = NegatedType(operand.type);
+  operand = Convert(std::move(operand), value.type);
+  value.sql = Call("v_neg", {operand.sql, std::to_string(Encode(value.type))});
+  value.form = Typed::Form::Atom;
+  return value;
+}
+
+Typed Binder::BindBinary(const Expression& e, Scope& scope) {
+  struct Entry {
+    Operator op;
+    const char* function;
+  };
+  static constexpr Entry kEntries[] = {{Operator::Add, "v_add"},
+                                       {Operator::Subtract, "v_sub"},
+                                       {Operator::Multiply, "v_mul"},
+                                       {Operator::Divide, "v_div"},
+                                       {Operator::Modulo, "v_mod"}};
+  Typed left = Bind(*e.arguments[0], scope);
+  Typed right = Bind(*e.arguments[1], scope);
+  if (left.isNull) left.type = right.type;
+  if (right.isNull) right.type = left.type;
+  Typed value;
+  if (e.operation >= Operation::BitAnd) {
+    if (ClassOf(left.type.type) != TypeClass::Whole || ClassOf(right.type.type) != TypeClass::Whole) {
+      throw Unsupported(u"a bit operation on this type", e.line);
+    }
+    if (e.operation == Operation::BitXor) throw Unsupported(u"^", e.line);
+    value.type = CommonType(left.type, right.type);
+    value.sql = Operand(left) + (e.operation == Operation::BitAnd ? " & " : " | ") + Operand(right);
+    return value;
+  }
+  const Entry& entry = kEntries[static_cast<size_t>(e.operation)];
+  // A whole literal counts its own digits beside a decimal.
+  const auto countDigits = [&](Typed& side, const Expression& tree, const Typed& other) {
+    if (tree.kind == ExpressionKind::Literal && side.type.type == SqlType::Int &&
+        other.type.type == SqlType::Decimal) {
+      side.type.precision = LiteralOf(tree).type.precision;
+    }
+  };
+  countDigits(left, *e.arguments[0], right);
+  countDigits(right, *e.arguments[1], left);
+  try {
+    value.type = ResultType(entry.op, left.type, right.type);
+  } catch (const DatabaseFailure& failure) {
+    throw AtLine(failure, e.line);
+  }
+  if (IsText(value.type)) {
+    const auto joined = [](const Typed& side) {
+      return side.form == Typed::Form::Joined ? side.sql : Operand(side);
+    };
+    value.sql = joined(left) + " || " + joined(right);
+    value.form = Typed::Form::Joined;
+    return value;
+  }
+  const std::string result = std::to_string(Encode(value.type));
+  value.form = Typed::Form::Atom;
+  if (IsSameValue(left.type, value.type) && IsSameValue(right.type, value.type)) {
+    value.sql = Call(entry.function, {left.sql, right.sql, result});
+  } else {
+    value.sql = Call(entry.function, {left.sql, right.sql, result, std::to_string(Encode(left.type)),
+                                      std::to_string(Encode(right.type))});
+  }
+  return value;
+}
+
+Typed Binder::BindCast(const Expression& e, Scope& scope) {
+  Typed value = Bind(*e.arguments[0], scope);
+  if (value.isNull) {
+    value.sql = "NULL";
+    value.isNull = false;
+    value.type = e.type;
+    return value;
+  }
+  CheckExplicit(value.type, e.type);
+  if (e.arguments.size() == 1 && IsSameValue(value.type, e.type)) {
+    value.type = e.type;
+    return value;
+  }
+  Typed style;
+  if (e.arguments.size() == 2) style = Convert(Bind(*e.arguments[1], scope), kInt);
+  const std::string from = std::to_string(Encode(value.type));
+  const std::string to = std::to_string(Encode(e.type));
+  value.sql = e.arguments.size() == 2 ? Call("v_convert", {value.sql, from, to, style.sql})
+                                      : Call("v_convert", {value.sql, from, to});
+  value.type = e.type;
+  value.form = Typed::Form::Atom;
+  value.slot = -1;
+  return value;
+}
+
+Typed Binder::BindCase(const Expression& e, Scope& scope) {
+  const size_t first = e.hasOperand ? 1 : 0;
+  const size_t pairs = (e.arguments.size() - first) / 2;
+  std::vector<std::string> conditions;
+  std::vector<Typed> results;
+  for (size_t i = 0; i < pairs; ++i) {
+    const Expression& when = *e.arguments[first + 2 * i];
+    conditions.push_back(e.hasOperand ? Comparison(Bind(*e.arguments[0], scope), Operation::Equal,
+                                                   Bind(when, scope))
+                                      : Condition(when, scope));
+    results.push_back(Bind(*e.arguments[first + 2 * i + 1], scope));
+  }
+  if (e.hasElse) results.push_back(Bind(*e.arguments.back(), scope));
+  std::vector<Typed*> all;
+  for (Typed& result : results) all.push_back(&result);
+  Typed value;
+  value.type = Unify(all);
+  value.sql = "CASE";
+  for (size_t i = 0; i < pairs; ++i) {
+    value.sql += " WHEN " + conditions[i] + " THEN " + results[i].sql;
+  }
+  if (e.hasElse) value.sql += " ELSE " + results.back().sql;
+  value.sql += " END";
+  value.form = Typed::Form::Atom;
+  return value;
+}
+
+Typed Binder::BindSubquery(const Expression& e, Scope& scope) {
+  BoundQuery query = BindQuery(*e.query, &scope, true);
+  if (query.columns.size() != 1) {
+    throw ServerFailure(116,
+                        u"Only one expression can be specified in the select list when the "
+                        u"subquery is not introduced with EXISTS.",
+                        e.line);
+  }
+  Typed value;
+  value.type = query.columns[0].type;
+  value.form = Typed::Form::Atom;
+  value.sql = query.singleRow ? "(" + query.sql + ")"
+                              : "(SELECT v_single(c1) FROM (" + query.sql + "))";
+  return value;
+}
+
+std::string Binder::Comparison(Typed left, Operation operation, Typed right) {
+  const ComparisonWords words = WordsOf(operation);
+  if (!left.isNull && !right.isNull && !ComparesAsStored(left.type, right.type)) {
+    const TypeInfo type = ComparisonType(left.type, right.type, words.words);
+    left = Convert(std::move(left), type);
+    right = Convert(std::move(right), type);
+  } else if (!left.isNull && !right.isNull) {
+    ComparisonType(left.type, right.type, words.words);
+  }
+  // SQLite takes the collation of the left side, or else of the right.
+  const bool columnRight = right.form == Typed::Form::Column && IsText(right.type);
+  const std::string leftSql = columnRight ? Operand(left) : Collated(left);
+  const bool bare = left.form == Typed::Form::Atom || left.form == Typed::Form::Column;
+  return (bare || leftSql != left.sql ? leftSql : Operand(left)) + words.sql + Operand(right);
+}
+
+std::string Binder::Condition(const Expression& e, Scope& scope) {
+  switch (e.kind) {
+    case ExpressionKind::And:
+    case ExpressionKind::Or: {
+      std::string sql;
+      for (const ExpressionPtr& part : e.arguments) {
+        if (!sql.empty()) sql += e.kind == ExpressionKind::And ? " AND " : " OR ";
+        const bool nested = part->kind == ExpressionKind::Or || part->kind == ExpressionKind::And;
+        sql += nested ? "(" + Condition(*part, scope) + ")" : Condition(*part, scope);
+      }
+      return sql;
+    }
+    case ExpressionKind::Not:
+      return "NOT (" + Condition(*e.arguments[0], scope) + ")";
+    case ExpressionKind::Compare:
+      try {
+        return Comparison(Bind(*e.arguments[0], scope), e.operation, Bind(*e.arguments[1], scope));
+      } catch (const DatabaseFailure& failure) {
+        throw AtLine(failure, e.line);
+      }
+    case ExpressionKind::IsNull:
+      return Operand(Bind(*e.arguments[0], scope)) + (e.negated ? " IS NOT NULL" : " IS NULL");
+    case ExpressionKind::Between: {
+      const std::string low = Comparison(Bind(*e.arguments[0], scope), Operation::GreaterOrEqual,
+                                         Bind(*e.arguments[1], scope));
+      const std::string high = Comparison(Bind(*e.arguments[0], scope), Operation::LessOrEqual,
+                                          Bind(*e.arguments[2], scope));
+      return (e.negated ? "NOT (" : "(") + low + " AND " + high + ")";
+    }
+    case ExpressionKind::In:
+      return In(e, scope);
+    case ExpressionKind::Like:
+      return LikeCondition(e, scope);
+    case ExpressionKind::Exists:
+      return "EXISTS (" + BindQuery(*e.query, &scope, false).sql + ")";
+    default:
+      break;
+  }
+  throw ServerFailure(4145,
+                      u"An expression of non-boolean type specified in a context where a condition "
+                      u"is expected.",
+                      e.line);
+}
+
+std::string Binder::In(const Expression& e, Scope& scope) {
+  Typed value = Bind(*e.arguments[0], scope);
+  const char* word = e.negated ? " NOT IN (" : " IN (";
+  if (e.query) {
+    BoundQuery query = BindQuery(*e.query, &scope, true);
+    if (query.columns.size() != 1) {
+      throw ServerFailure(116,
+                          u"Only one expression can be specified in the select list when the "
+                          u"subquery is not introduced with EXISTS.",
+                          e.line);
+    }
+    if (!value.isNull && !ComparesAsStored(value.type, query.columns[0].type)) {
+      Typed column;
+      column.sql = "c1";
+      column.type = query.columns[0].type;
+      const TypeInfo type = ComparisonType(value.type, column.type, u"equal to");
+      value = Convert(std::move(value), type);
+      column = Convert(std::move(column), type);
+      query.sql = "SELECT " + column.sql + " FROM (" + query.sql + ")";
+    }
+    return Collated(value) + word + query.sql + ")";
+  }
+  std::vector<Typed> items;
+  TypeInfo type = value.type;
+  bool asStored = true;
+  for (size_t i = 1; i < e.arguments.size(); ++i) {
+    items.push_back(Bind(*e.arguments[i], scope));
+    if (items.back().isNull || value.isNull) continue;
+    asStored = asStored && ComparesAsStored(value.type, items.back().type);
+    type = ComparisonType(type, items.back().type, u"equal to");
+  }
+  if (!asStored) value = Convert(std::move(value), type);
+  std::string sql = Collated(value) + word;
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (i > 0) sql += ", ";
+    sql += asStored ? items[i].sql : Convert(std::move(items[i]), type).sql;
+  }
+  return sql + ")";
+}
+
+std::string Binder::LikeCondition(const Expression& e, Scope& scope) {
+  std::string sql = e.negated ? "NOT v_like(" : "v_like(";
+  for (size_t i = 0; i < e.arguments.size(); ++i) {
+    Typed argument = Bind(*e.arguments[i], scope);
+    if (i > 0) sql += ", ";
+    sql += argument.isNull ? "NULL" : Convert(argument, AsText(argument.type)).sql;
+  }
+  return sql + ")";
+}
+
+bool Binder::Same(const Expression& a, const Expression& b) {
+  if (a.kind != b.kind || a.operation != b.operation || a.negated != b.negated ||
+      a.distinct != b.distinct || a.hasOperand != b.hasOperand || a.hasElse != b.hasElse ||
+      a.type != b.type || a.arguments.size() != b.arguments.size() || a.query || b.query ||
+      !EqualsIgnoreAsciiCase(a.name, b.name)) {
+    return false;
+  }
+  // "m.points" and "points" may well be the same column, and are when only one is qualified.
+  if (!a.qualifier.empty() && !b.qualifier.empty() &&
+      !EqualsIgnoreAsciiCase(a.qualifier, b.qualifier)) {
+    return false;
+  }
+  if (a.kind == ExpressionKind::Literal) return LiteralOf(a).value == LiteralOf(b).value;
+  if (a.kind == ExpressionKind::Marker) return a.index == b.index;
+  for (size_t i = 0; i < a.arguments.size(); ++i) {
+    if (!Same(*a.arguments[i], *b.arguments[i])) return false;
+  }
+  return true;
+}
+
+}  // namespace vellum250::database::embedded

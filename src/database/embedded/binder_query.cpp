@@ -1,0 +1,509 @@
+#include "automation/locale.h"
+#include "database/embedded/binder.h"
+#include "database/embedded/failures.h"
+#include "database/embedded/messages.h"
+#include "database/embedded/parser.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+constexpr int32_t kMaxViewDepth = 16;
+
+// One SELECT, bound but not yet put together: a UNION may still convert its columns.
+struct BoundCore {
+  bool distinct = false;
+  std::vector<Typed> items;
+  std::vector<Text> names;
+  std::vector<Text> variables;
+  std::string from;
+  std::string where;
+  std::string groupBy;
+  std::string having;
+  std::string orderBy;
+  std::string limit;
+  bool singleRow = false;
+
+  std::string Sql(bool derived) const {
+    std::string sql = distinct ? "SELECT DISTINCT " : "SELECT ";
+    for (size_t i = 0; i < items.size(); ++i) {
+      if (i > 0) sql += ", ";
+      sql += Binder::Collated(items[i]);
+      if (derived) sql += " AS c" + std::to_string(i + 1);
+    }
+    for (const auto& [word, part] : {std::pair{" FROM ", &from},
+                                     {" WHERE ", &where},
+                                     {" GROUP BY ", &groupBy},
+                                     {" HAVING ", &having},
+                                     {" ORDER BY ", &orderBy},
+                                     {" LIMIT ", &limit}}) {
+      if (!part->empty()) sql += word + *part;
+    }
+    return sql;
+  }
+};
+
+}  // namespace
+
+// Binds the parts of one query.
+class QueryBinder {
+ public:
+  QueryBinder(Binder& binder, Scope* outer) : binder_(binder), outer_(outer) {}
+
+  BoundQuery Bind(const Query& query, bool derived) {
+    std::vector<BoundCore> cores;
+    for (const SelectCore& core : query.cores) {
+      cores.push_back(BindCore(core, query.cores.size() == 1 ? &query.orderBy : nullptr));
+    }
+    if (cores.size() > 1) UnifyColumns(cores);
+    BoundQuery bound;
+    for (size_t i = 0; i < cores.size(); ++i) {
+      if (i > 0) bound.sql += " " + ToUtf8(query.operators[i - 1]) + " ";
+      // A LIMIT belongs to its own part, which SQLite takes only from a sub-query.
+      const bool limited = cores.size() > 1 && !cores[i].limit.empty();
+      bound.sql += limited ? "SELECT * FROM (" + cores[i].Sql(derived) + ")"
+                           : cores[i].Sql(derived);
+    }
+    if (cores.size() > 1 && !query.orderBy.empty()) {
+      bound.sql += " ORDER BY " + UnionOrder(query.orderBy, cores[0]);
+    }
+    for (size_t i = 0; i < cores[0].items.size(); ++i) {
+      bound.columns.push_back({cores[0].names[i], cores[0].items[i].type});
+    }
+    bound.variables = std::move(cores[0].variables);
+    bound.singleRow = cores.size() == 1 && cores[0].singleRow;
+    return bound;
+  }
+
+ private:
+  BoundCore BindCore(const SelectCore& core, const std::vector<OrderItem>* orderBy) {
+    Scope scope;
+    scope.outer = outer_;
+    BoundCore bound;
+    bound.distinct = core.distinct;
+    if (!core.into.empty()) throw Unsupported(u"SELECT ... INTO", core.line);
+    bound.from = binder_.BindFrom(core.from, scope);
+    if (core.where) bound.where = binder_.Condition(*core.where, scope);
+    const bool grouped = BindGrouping(core, orderBy, scope, bound);
+    scope.aggregatesAllowed = true;
+    for (const SelectItem& item : core.items) BindItem(item, scope, bound);
+    if (core.having) bound.having = binder_.Condition(*core.having, scope);
+    bool one = grouped && core.groupBy.empty();
+    if (core.top) {
+      bound.limit = Top(*core.top, scope);
+      one = one || IsOne(*core.top);
+    }
+    bound.singleRow = one || core.from.empty();
+    if (orderBy) bound.orderBy = Order(*orderBy, core, scope, bound);
+    return bound;
+  }
+
+  // True when the rows are grouped, by GROUP BY or by an aggregate alone.
+  bool BindGrouping(const SelectCore& core, const std::vector<OrderItem>* orderBy, Scope& scope,
+                    BoundCore& bound) {
+    bool grouped = !core.groupBy.empty() || core.having;
+    for (const SelectItem& item : core.items) {
+      grouped = grouped || (item.value && HasAggregate(*item.value));
+    }
+    if (orderBy) {
+      for (const OrderItem& item : *orderBy) grouped = grouped || HasAggregate(*item.value);
+    }
+    if (!grouped) return false;
+    Grouping grouping;
+    grouping.expressions = &core.groupBy;
+    for (const ExpressionPtr& expression : core.groupBy) {
+      if (expression->kind == ExpressionKind::Literal) {
+        throw ServerFailure(164,
+                            u"Each GROUP BY expression must contain at least one column that is "
+                            u"not an outer reference.",
+                            expression->line);
+      }
+      const Typed value = binder_.Bind(*expression, scope);
+      if (!bound.groupBy.empty()) bound.groupBy += ", ";
+      bound.groupBy += Binder::Collated(value);
+      bool known = false;
+      if (expression->kind == ExpressionKind::Column) {
+        grouping.columns.push_back(binder_.FindColumn(*expression, scope, known));
+      }
+    }
+    scope.grouping = std::move(grouping);
+    return true;
+  }
+
+  void BindItem(const SelectItem& item, Scope& scope, BoundCore& bound) {
+    if (!item.value) return BindStar(item, scope, bound);
+    if (IsCondition(*item.value)) {
+      throw ServerFailure(102, u"Incorrect syntax: a condition stands where a value is expected.",
+                          item.value->line);
+    }
+    Typed value = binder_.Bind(*item.value, scope);
+    Text name = item.alias;
+    if (name.empty() && item.value->kind == ExpressionKind::Column) {
+      name = ColumnName(*item.value, scope);
+    }
+    bound.items.push_back(std::move(value));
+    bound.names.push_back(std::move(name));
+    if (!item.variable.empty()) bound.variables.push_back(item.variable);
+  }
+
+  // A column is named as its table has it.
+  Text ColumnName(const Expression& column, Scope& scope) {
+    bool known = false;
+    for (Scope* at = &scope; at != nullptr; at = at->outer) {
+      if (const BoundColumn* found = binder_.FindColumn(column, *at, known)) return found->name;
+    }
+    return column.name;
+  }
+
+  void BindStar(const SelectItem& item, Scope& scope, BoundCore& bound) {
+    bool found = false;
+    for (const BoundSource& source : scope.sources) {
+      if (!item.qualifier.empty() && !EqualsIgnoreAsciiCase(item.qualifier, source.alias)) continue;
+      found = true;
+      for (const BoundColumn& column : source.columns) {
+        if (scope.grouping && std::ranges::count(scope.grouping->columns, &column) == 0) {
+          throw NotGrouped(source.alias + u"." + column.name);
+        }
+        Typed value;
+        value.sql = column.sql;
+        value.type = column.type;
+        value.form = Typed::Form::Column;
+        bound.items.push_back(std::move(value));
+        bound.names.push_back(column.name);
+      }
+    }
+    if (found) return;
+    if (item.qualifier.empty()) {
+      throw ServerFailure(263, u"Must specify table to select from.");
+    }
+    throw ServerFailure(107, u"The column prefix '" + item.qualifier +
+                                 u"' does not match with a table name or alias name used in the "
+                                 u"query.");
+  }
+
+  std::string Top(const Expression& top, Scope& scope) {
+    Typed value = binder_.Bind(top, scope);
+    if (ClassOf(value.type.type) != TypeClass::Whole) {
+      throw ServerFailure(1060, u"The number of rows provided for a TOP or FETCH clauses row count "
+                                u"parameter must be an integer.",
+                          top.line);
+    }
+    return value.sql;
+  }
+
+  bool IsOne(const Expression& top) {
+    return top.kind == ExpressionKind::Literal && binder_.LiteralOf(top).value == Value(int64_t{1});
+  }
+
+  // The position of the column that ORDER BY names by position or alias; 0 when it does not.
+  size_t Position(const Expression& value, const BoundCore& bound) {
+    if (value.kind == ExpressionKind::Literal) {
+      const TypedValue literal = binder_.LiteralOf(value);
+      const auto* position = std::get_if<int64_t>(&literal.value);
+      if (position == nullptr || literal.type.type != SqlType::Int || *position < 1 ||
+          *position > static_cast<int64_t>(bound.items.size())) {
+        throw ServerFailure(108,
+                            u"The ORDER BY position number is out of range of the number of items "
+                            u"in the select list.",
+                            value.line);
+      }
+      return static_cast<size_t>(*position);
+    }
+    if (value.kind != ExpressionKind::Column || !value.qualifier.empty()) return 0;
+    for (size_t i = 0; i < bound.names.size(); ++i) {
+      if (EqualsIgnoreAsciiCase(bound.names[i], value.name)) return i + 1;
+    }
+    return 0;
+  }
+
+  std::string Order(const std::vector<OrderItem>& orderBy, const SelectCore& core, Scope& scope,
+                    const BoundCore& bound) {
+    std::string sql;
+    for (const OrderItem& item : orderBy) {
+      if (!sql.empty()) sql += ", ";
+      if (const size_t position = Position(*item.value, bound)) {
+        sql += std::to_string(position);
+      } else {
+        if (core.distinct) RequireSelected(*item.value, core);
+        sql += Binder::Collated(binder_.Bind(*item.value, scope));
+      }
+      if (item.descending) sql += " DESC";
+    }
+    return sql;
+  }
+
+  void RequireSelected(const Expression& value, const SelectCore& core) {
+    for (const SelectItem& item : core.items) {
+      if (!item.value || binder_.Same(*item.value, value)) return;
+    }
+    throw ServerFailure(145,
+                        u"ORDER BY items must appear in the select list if SELECT DISTINCT is "
+                        u"specified.",
+                        value.line);
+  }
+
+  std::string UnionOrder(const std::vector<OrderItem>& orderBy, const BoundCore& first) {
+    std::string sql;
+    for (const OrderItem& item : orderBy) {
+      const size_t position = Position(*item.value, first);
+      if (position == 0) {
+        throw ServerFailure(104,
+                            u"ORDER BY items must appear in the select list if the statement "
+                            u"contains a UNION, INTERSECT or EXCEPT operator.",
+                            item.value->line);
+      }
+      if (!sql.empty()) sql += ", ";
+      sql += std::to_string(position);
+      if (item.descending) sql += " DESC";
+    }
+    return sql;
+  }
+
+  void UnifyColumns(std::vector<BoundCore>& cores) {
+    for (const BoundCore& core : cores) {
+      if (core.items.size() != cores[0].items.size()) {
+        throw ServerFailure(205,
+                            u"All queries combined using a UNION, INTERSECT or EXCEPT operator "
+                            u"must have an equal number of expressions in their target lists.");
+      }
+      if (!core.variables.empty()) throw Unsupported(u"a variable set by a UNION");
+    }
+    for (size_t i = 0; i < cores[0].items.size(); ++i) {
+      std::vector<Typed*> column;
+      for (BoundCore& core : cores) column.push_back(&core.items[i]);
+      binder_.Unify(column);
+    }
+  }
+
+  Binder& binder_;
+  Scope* outer_;
+};
+
+BoundQuery Binder::BindQuery(const Query& query, Scope* outer, bool derived) {
+  return QueryBinder(*this, outer).Bind(query, derived);
+}
+
+ObjectPtr Binder::FindTable(TextView name, int32_t line) const {
+  ObjectPtr object = input_.catalog.Find(name);
+  if (!object || object->kind == ObjectKind::Procedure) throw AtLine(InvalidObject(name), line);
+  return object;
+}
+
+BoundSource Binder::TableSource(const ObjectPtr& table, TextView alias) {
+  BoundSource source;
+  source.alias = Text(alias);
+  source.sqlAlias = "t" + std::to_string(++aliases_);
+  source.table = table;
+  for (const ColumnInfo& column : table->columns) {
+    source.columns.push_back(
+        {column.name, column.type, source.sqlAlias + "." + QuotedName(column.name)});
+  }
+  return source;
+}
+
+namespace {
+
+// FROM, source by source. Joins are written in the order they were bound in.
+class FromBinder {
+ public:
+  FromBinder(Binder& binder, Scope& scope, int32_t& aliases, int32_t& views)
+      : binder_(binder), scope_(scope), aliases_(aliases), views_(views) {}
+
+  std::string Bind(const std::vector<SourcePtr>& from) {
+    std::string sql;
+    for (const SourcePtr& source : from) {
+      if (!sql.empty()) {
+        if (HasOuterRight(*source)) throw Unsupported(u"RIGHT or FULL JOIN after a comma", source->line);
+        sql += ", ";
+      }
+      scope_.firstVisible = scope_.sources.size();
+      sql += BindSource(*source);
+    }
+    scope_.firstVisible = 0;
+    return sql;
+  }
+
+ private:
+  static bool HasOuterRight(const Source& source) {
+    for (const Source* at = &source; at->left; at = at->left.get()) {
+      if (at->join == JoinKind::Right || at->join == JoinKind::Full) return true;
+    }
+    return false;
+  }
+
+  std::string BindSource(const Source& source) {
+    if (source.left) return BindJoin(source);
+    if (source.query) return Derived(source, *source.query, source.columnNames, source.alias, &scope_);
+    ObjectPtr table = binder_.Input().catalog.FindSystemView(source.schema, source.name);
+    const bool known = source.schema.empty() || EqualsIgnoreAsciiCase(source.schema, u"dbo") ||
+                       EqualsIgnoreAsciiCase(source.schema, u"tempdb");
+    if (!table && !known) {
+      throw AtLine(InvalidObject(source.schema + u"." + source.name), source.line);
+    }
+    if (!table) table = binder_.FindTable(source.name, source.line);
+    const Text alias = source.alias.empty() ? source.name : source.alias;
+    if (table->kind == ObjectKind::View) return View(source, *table, alias);
+    BoundSource bound = binder_.TableSource(table, alias);
+    std::string sql = table->sqlName + " AS " + bound.sqlAlias;
+    Add(std::move(bound), source.line);
+    return sql;
+  }
+
+  std::string BindJoin(const Source& source) {
+    static constexpr const char* kWords[] = {" JOIN ", " LEFT JOIN ", " RIGHT JOIN ", " FULL JOIN ",
+                                             " CROSS JOIN "};
+    std::string sql = BindSource(*source.left);
+    sql += kWords[static_cast<size_t>(source.join)];
+    const std::string right = BindSource(*source.right);
+    sql += source.right->left ? "(" + right + ")" : right;
+    if (source.on) sql += " ON " + binder_.Condition(*source.on, scope_);
+    return sql;
+  }
+
+  void Add(BoundSource bound, int32_t line) {
+    for (const BoundSource& other : scope_.sources) {
+      if (EqualsIgnoreAsciiCase(other.alias, bound.alias)) {
+        throw ServerFailure(1013,
+                            u"The objects \"" + bound.alias + u"\" and \"" + other.alias +
+                                u"\" in the FROM clause have the same exposed names. Use "
+                                u"correlation names to distinguish them.",
+                            line);
+      }
+    }
+    scope_.sources.push_back(std::move(bound));
+  }
+
+  std::string Derived(const Source& source, const Query& query, const std::vector<Text>& names,
+                      TextView alias, Scope* outer) {
+    // A derived table does not see its neighbours, only what is outside of the whole query.
+    BoundQuery bound = binder_.BindQuery(query, outer ? outer->outer : nullptr, true);
+    if (!bound.variables.empty()) throw Unsupported(u"a variable set by a sub-query", source.line);
+    if (!names.empty() && names.size() != bound.columns.size()) {
+      throw ServerFailure(8159,
+                          u"'" + Text(alias) + u"' has a different number of columns than were "
+                          u"specified in the column list.",
+                          source.line);
+    }
+    BoundSource result;
+    result.alias = Text(alias);
+    result.sqlAlias = "t" + std::to_string(++aliases_);
+    for (size_t i = 0; i < bound.columns.size(); ++i) {
+      const Text& name = names.empty() ? bound.columns[i].name : names[i];
+      if (name.empty()) {
+        throw ServerFailure(8155,
+                            u"No column name was specified for column " + NumberText(i + 1) +
+                                u" of '" + Text(alias) + u"'.",
+                            source.line);
+      }
+      result.columns.push_back(
+          {name, bound.columns[i].type, result.sqlAlias + ".c" + std::to_string(i + 1)});
+    }
+    std::string sql = "(" + bound.sql + ") AS " + result.sqlAlias;
+    Add(std::move(result), source.line);
+    return sql;
+  }
+
+  std::string View(const Source& source, const ObjectInfo& view, TextView alias) {
+    if (++views_ > kMaxViewDepth) throw NestedTooDeeply(source.line);
+    const Scanned scanned = Scan(view.definition);
+    const SyntaxTree tree = ParseBatch(view.definition, scanned);
+    const auto& create = std::get<CreateViewStatement>(tree.statements[0]->node);
+    std::vector<Text> names;
+    for (const ColumnInfo& column : view.columns) names.push_back(column.name);
+    const auto* outer = binder_.SwapViewLiterals(&scanned.literals);
+    std::string sql = Derived(source, *create.query, names, alias, nullptr);
+    binder_.SwapViewLiterals(outer);
+    --views_;
+    return sql;
+  }
+
+  Binder& binder_;
+  Scope& scope_;
+  int32_t& aliases_;
+  int32_t& views_;
+};
+
+}  // namespace
+
+std::string Binder::BindFrom(const std::vector<SourcePtr>& from, Scope& scope) {
+  return FromBinder(*this, scope, aliases_, views_).Bind(from);
+}
+
+Plan BindSelect(const BindInput& input, const Query& query) {
+  Binder binder(input);
+  BoundQuery bound = binder.BindQuery(query, nullptr, false);
+  Plan plan;
+  plan.sql = std::move(bound.sql);
+  plan.slots = binder.TakeSlots();
+  if (bound.variables.empty()) {
+    plan.columns = std::move(bound.columns);
+    return plan;
+  }
+  if (bound.variables.size() != bound.columns.size()) {
+    throw ServerFailure(141,
+                        u"A SELECT statement that assigns a value to a variable must not be "
+                        u"combined with data-retrieval operations.",
+                        query.cores[0].line);
+  }
+  plan.kind = Plan::Kind::Assign;
+  for (size_t i = 0; i < bound.variables.size(); ++i) {
+    const auto variable = std::ranges::find_if(input.variables, [&](const VariableInfo& info) {
+      return EqualsIgnoreAsciiCase(info.name, bound.variables[i]);
+    });
+    if (variable == input.variables.end()) {
+      throw ServerFailure(137, u"Must declare the scalar variable \"" + bound.variables[i] + u"\".",
+                          query.cores[0].line);
+    }
+    CheckImplicit(bound.columns[i].type, variable->type);
+    plan.targets.push_back({static_cast<int32_t>(variable - input.variables.begin()),
+                            bound.columns[i].type, variable->type});
+  }
+  for (const Slot& slot : plan.slots) {
+    if (slot.kind != Slot::Kind::Variable) continue;
+    for (const Target& target : plan.targets) {
+      plan.readsTargets = plan.readsTargets || target.variable == slot.index;
+    }
+  }
+  return plan;
+}
+
+Plan BindValue(const BindInput& input, const Expression& value, std::optional<TypeInfo> type) {
+  Binder binder(input);
+  Scope scope;
+  Typed bound = binder.Bind(value, scope);
+  if (type) bound = binder.Convert(std::move(bound), *type);
+  Plan plan;
+  plan.sql = "SELECT " + bound.sql;
+  plan.columns.push_back({Text(), bound.type});
+  plan.slots = binder.TakeSlots();
+  return plan;
+}
+
+Plan BindCondition(const BindInput& input, const Expression& condition) {
+  Binder binder(input);
+  Scope scope;
+  Plan plan;
+  plan.sql = "SELECT 1 WHERE " + binder.Condition(condition, scope);
+  plan.slots = binder.TakeSlots();
+  return plan;
+}
+
+std::string BindCheck(const Catalog& catalog, const ObjectInfo& table, TextView check) {
+  const Scanned scanned = Scan(check);
+  const ExpressionPtr condition = ParseExpression(check, scanned);
+  std::vector<int32_t> pinned;
+  const std::vector<TypedValue> none;
+  const BindInput input{catalog, none, {}, {}, pinned};
+  Binder binder(input);
+  binder.UseConstants();
+  binder.SwapViewLiterals(&scanned.literals);
+  Scope scope;
+  BoundSource source;
+  source.alias = table.name;
+  for (const ColumnInfo& column : table.columns) {
+    source.columns.push_back({column.name, column.type, QuotedName(column.name)});
+  }
+  scope.sources.push_back(std::move(source));
+  return binder.Condition(*condition, scope);
+}
+
+}  // namespace vellum250::database::embedded

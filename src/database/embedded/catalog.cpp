@@ -1,0 +1,328 @@
+#include "database/embedded/catalog.h"
+
+#include "automation/locale.h"
+#include "database/embedded/failures.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+constexpr char16_t kListMark = 0x1F;
+
+Text Joined(const std::vector<Text>& names) {
+  Text text;
+  for (const Text& name : names) {
+    if (!text.empty()) text += kListMark;
+    text += name;
+  }
+  return text;
+}
+
+std::vector<Text> Split(TextView text) {
+  std::vector<Text> names;
+  while (!text.empty()) {
+    const size_t end = std::min(text.find(kListMark), text.size());
+    names.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return names;
+}
+
+Text TextColumn(const Prepared& statement, int index) {
+  return FromUtf8(statement.Column(index).Text());
+}
+
+// Binds all values, runs, and forgets the statement.
+void Run(Database& database, const std::string& sql, const std::vector<Value>& values) {
+  Prepared statement = database.Prepare(sql, false);
+  int position = 0;
+  for (const Value& value : values) statement.Bind(++position, value);
+  statement.Step(database);
+}
+
+Value TextOrNull(TextView text) { return text.empty() ? Value() : Value(ToUtf8(text)); }
+
+std::string SchemaOf(const ObjectInfo& object) { return object.temporary ? "temp." : "main."; }
+
+struct SystemView {
+  TextView schema;
+  TextView name;
+  const char* sqlName;
+  std::vector<std::pair<TextView, TypeInfo>> columns;
+};
+
+const std::vector<SystemView>& SystemViews() {
+  static const TypeInfo name = NVarChar(128);
+  static const std::vector<SystemView> views = {
+      {u"information_schema",
+       u"columns",
+       "\"vellum250_columns\"",
+       {{u"TABLE_CATALOG", name},
+        {u"TABLE_SCHEMA", name},
+        {u"TABLE_NAME", name},
+        {u"COLUMN_NAME", name},
+        {u"ORDINAL_POSITION", kInt},
+        {u"COLUMN_DEFAULT", NVarChar(4000)},
+        {u"IS_NULLABLE", VarChar(3)},
+        {u"DATA_TYPE", name},
+        {u"CHARACTER_MAXIMUM_LENGTH", kInt},
+        {u"NUMERIC_PRECISION", TypeInfo{SqlType::TinyInt, 0, 0, 0}},
+        {u"NUMERIC_SCALE", kInt}}},
+      {u"information_schema",
+       u"tables",
+       "\"vellum250_tables\"",
+       {{u"TABLE_CATALOG", name},
+        {u"TABLE_SCHEMA", name},
+        {u"TABLE_NAME", name},
+        {u"TABLE_TYPE", VarChar(10)}}},
+      {u"",
+       u"sysobjects",
+       "\"vellum250_sysobjects\"",
+       {{u"name", name},
+        {u"id", kInt},
+        {u"xtype", TypeInfo{SqlType::Char, 2, 0, 0}},
+        {u"type", TypeInfo{SqlType::Char, 2, 0, 0}}}}};
+  return views;
+}
+
+}  // namespace
+
+const ColumnInfo* ObjectInfo::Find(TextView column) const {
+  for (const ColumnInfo& info : columns) {
+    if (EqualsIgnoreAsciiCase(info.name, column)) return &info;
+  }
+  return nullptr;
+}
+
+const ColumnInfo* ObjectInfo::Identity() const {
+  for (const ColumnInfo& info : columns) {
+    if (info.identity) return &info;
+  }
+  return nullptr;
+}
+
+const ConstraintInfo* ObjectInfo::PrimaryKey() const {
+  for (const ConstraintInfo& constraint : constraints) {
+    if (constraint.kind == ConstraintKind::PrimaryKey) return &constraint;
+  }
+  return nullptr;
+}
+
+Catalog::Catalog(Database& database) : database_(database) {
+  if (database.Integer("PRAGMA user_version") == 0) {
+    database.Execute("BEGIN IMMEDIATE");
+    // Another connection may have been first.
+    if (database.Integer("PRAGMA user_version") == 0) {
+      CreateTables("main");
+      database.Execute("PRAGMA user_version = 1");
+    }
+    database.Execute("COMMIT");
+  }
+  version_ = database.Prepare("PRAGMA user_version");
+  Refresh();
+}
+
+void Catalog::Refresh() {
+  version_.Step(database_);
+  const int64_t version = version_.Column(0).Integer();
+  version_.Reset();
+  if (version != loadedVersion_) Reload();
+}
+
+void Catalog::Reload() {
+  ++generation_;
+  objects_.clear();
+  hasTemporary_ = database_.Integer(
+                      "SELECT count(*) FROM temp.sqlite_schema WHERE name = 'vellum250_object'") != 0;
+  loadedVersion_ = database_.Integer("PRAGMA user_version");
+  Load("main.");
+  if (hasTemporary_) Load("temp.");
+}
+
+void Catalog::CreateTables(const std::string& schema) {
+  const std::string create = "CREATE TABLE " + schema + ".";
+  database_.Execute(
+      create +
+      "vellum250_object (id INTEGER PRIMARY KEY AUTOINCREMENT,"
+      " name TEXT COLLATE TSQL NOT NULL UNIQUE, kind INTEGER NOT NULL, definition TEXT);" +
+      create +
+      "vellum250_column (object_id INTEGER NOT NULL, position INTEGER NOT NULL,"
+      " name TEXT COLLATE TSQL NOT NULL, type INTEGER NOT NULL, nullable INTEGER NOT NULL,"
+      " seed INTEGER, increment INTEGER, default_text TEXT,"
+      " data_type TEXT COLLATE TSQL NOT NULL, characters INTEGER, digits INTEGER, scale INTEGER,"
+      " PRIMARY KEY (object_id, position));" +
+      create +
+      "vellum250_constraint (object_id INTEGER NOT NULL, name TEXT COLLATE TSQL NOT NULL UNIQUE,"
+      " kind INTEGER NOT NULL, columns TEXT, parent TEXT, parent_columns TEXT)");
+  if (schema != "main") return;
+  database_.Execute(
+      "CREATE VIEW vellum250_columns AS SELECT 'vellum250' COLLATE TSQL AS TABLE_CATALOG,"
+      " 'dbo' COLLATE TSQL AS TABLE_SCHEMA, o.name AS TABLE_NAME, c.name AS COLUMN_NAME,"
+      " c.position AS ORDINAL_POSITION, c.default_text COLLATE TSQL AS COLUMN_DEFAULT,"
+      " CASE c.nullable WHEN 0 THEN 'NO' ELSE 'YES' END COLLATE TSQL AS IS_NULLABLE,"
+      " c.data_type AS DATA_TYPE, c.characters AS CHARACTER_MAXIMUM_LENGTH,"
+      " c.digits AS NUMERIC_PRECISION, c.scale AS NUMERIC_SCALE"
+      " FROM vellum250_object o JOIN vellum250_column c ON c.object_id = o.id;"
+      "CREATE VIEW vellum250_tables AS SELECT 'vellum250' COLLATE TSQL AS TABLE_CATALOG,"
+      " 'dbo' COLLATE TSQL AS TABLE_SCHEMA, name AS TABLE_NAME,"
+      " CASE kind WHEN 0 THEN 'BASE TABLE' ELSE 'VIEW' END COLLATE TSQL AS TABLE_TYPE"
+      " FROM vellum250_object WHERE kind IN (0, 1);"
+      "CREATE VIEW vellum250_sysobjects AS SELECT name, id,"
+      " CASE kind WHEN 0 THEN 'U ' WHEN 1 THEN 'V ' ELSE 'P ' END COLLATE TSQL AS xtype,"
+      " CASE kind WHEN 0 THEN 'U ' WHEN 1 THEN 'V ' ELSE 'P ' END COLLATE TSQL AS type"
+      " FROM vellum250_object");
+}
+
+void Catalog::Load(const std::string& schema) {
+  std::map<int64_t, ObjectInfo> loaded;
+  const bool temporary = schema == "temp.";
+  Prepared rows =
+      database_.Prepare("SELECT id, name, kind, definition FROM " + schema + "vellum250_object", false);
+  while (rows.Step(database_)) {
+    ObjectInfo& object = loaded[rows.Column(0).Integer()];
+    object.id = rows.Column(0).Integer();
+    object.name = TextColumn(rows, 1);
+    object.kind = static_cast<ObjectKind>(rows.Column(2).Integer());
+    object.definition = TextColumn(rows, 3);
+    object.temporary = temporary;
+    object.sqlName = schema + QuotedName(object.name);
+  }
+  rows = database_.Prepare(
+      "SELECT object_id, name, type, nullable, seed, increment, default_text FROM " + schema +
+          "vellum250_column ORDER BY object_id, position",
+      false);
+  while (rows.Step(database_)) {
+    ColumnInfo column;
+    column.name = TextColumn(rows, 1);
+    column.type = Decode(rows.Column(2).Integer());
+    column.nullable = rows.Column(3).Integer() != 0;
+    column.identity = !rows.Column(4).IsNull();
+    column.seed = rows.Column(4).Integer();
+    column.increment = rows.Column(5).Integer();
+    column.defaultText = TextColumn(rows, 6);
+    loaded[rows.Column(0).Integer()].columns.push_back(std::move(column));
+  }
+  rows = database_.Prepare("SELECT object_id, name, kind, columns, parent, parent_columns FROM " +
+                               schema + "vellum250_constraint",
+                           false);
+  while (rows.Step(database_)) {
+    ConstraintInfo constraint;
+    constraint.name = TextColumn(rows, 1);
+    constraint.kind = static_cast<ConstraintKind>(rows.Column(2).Integer());
+    constraint.columns = Split(TextColumn(rows, 3));
+    constraint.parent = TextColumn(rows, 4);
+    constraint.parentColumns = Split(TextColumn(rows, 5));
+    loaded[rows.Column(0).Integer()].constraints.push_back(std::move(constraint));
+  }
+  for (auto& [id, object] : loaded) {
+    Text key = ToLower(object.name);
+    objects_[std::move(key)] = std::make_shared<const ObjectInfo>(std::move(object));
+  }
+}
+
+ObjectPtr Catalog::Find(TextView name) const {
+  const auto found = objects_.find(ToLower(name));
+  return found == objects_.end() ? nullptr : found->second;
+}
+
+ObjectPtr Catalog::FindSystemView(TextView schema, TextView name) const {
+  for (const SystemView& view : SystemViews()) {
+    if (!EqualsIgnoreAsciiCase(view.name, name)) continue;
+    const bool anySchema = view.schema.empty() && (schema.empty() || schema == u"dbo");
+    if (!anySchema && !EqualsIgnoreAsciiCase(view.schema, schema)) continue;
+    auto object = std::make_shared<ObjectInfo>();
+    object->name = Text(view.name);
+    object->sqlName = view.sqlName;
+    for (const auto& [column, type] : view.columns) {
+      ColumnInfo& info = object->columns.emplace_back();
+      info.name = Text(column);
+      info.type = type;
+    }
+    return object;
+  }
+  return nullptr;
+}
+
+void Catalog::CountChange(bool temporary) {
+  if (temporary) return;
+  const int64_t version = database_.Integer("PRAGMA user_version");
+  database_.Execute("PRAGMA user_version = " + std::to_string(version % INT32_MAX + 1));
+}
+
+void Catalog::Add(const ObjectInfo& object) {
+  const std::string schema = SchemaOf(object);
+  Run(database_, "INSERT INTO " + schema + "vellum250_object (name, kind, definition) VALUES (?, ?, ?)",
+      {ToUtf8(object.name), static_cast<int64_t>(object.kind), TextOrNull(object.definition)});
+  const int64_t id = sqlite3_last_insert_rowid(database_.Get());
+  int64_t position = 0;
+  for (const ColumnInfo& column : object.columns) {
+    const TypeInfo& type = column.type;
+    const bool sized = IsText(type);
+    const TypeInfo digits = IsNumber(type) ? AsDecimal(type) : TypeInfo{};
+    const bool exact = digits.type == SqlType::Decimal && type.type != SqlType::Bit;
+    const bool isFloat = type.type == SqlType::Float;
+    Run(database_,
+        "INSERT INTO " + schema +
+            "vellum250_column (object_id, position, name, type, nullable, seed, increment,"
+            " default_text, data_type, characters, digits, scale)"
+            " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+        {id, ++position, ToUtf8(column.name), Encode(type), int64_t{column.nullable},
+         column.identity ? Value(column.seed) : Value(),
+         column.identity ? Value(column.increment) : Value(), TextOrNull(column.defaultText),
+         ToUtf8(SqlTypeName(type.type)),
+         !sized                ? Value()
+         : !IsLongText(type)   ? Value(int64_t{type.length})
+         : IsNational(type)    ? Value(int64_t{1073741823})
+                               : Value(int64_t{2147483647}),
+         isFloat ? Value(int64_t{53}) : exact ? Value(int64_t{digits.precision}) : Value(),
+         exact ? Value(int64_t{digits.scale}) : Value()});
+  }
+  ObjectInfo created = object;
+  created.id = id;
+  for (const ConstraintInfo& constraint : object.constraints) AddConstraint(created, constraint);
+  CountChange(object.temporary);
+}
+
+void Catalog::AddConstraint(const ObjectInfo& object, const ConstraintInfo& constraint) {
+  Run(database_,
+      "INSERT INTO " + SchemaOf(object) +
+          "vellum250_constraint (object_id, name, kind, columns, parent, parent_columns)"
+          " VALUES (?, ?, ?, ?, ?, ?)",
+      {object.id, ToUtf8(constraint.name), static_cast<int64_t>(constraint.kind),
+       TextOrNull(Joined(constraint.columns)), TextOrNull(constraint.parent),
+       TextOrNull(Joined(constraint.parentColumns))});
+  CountChange(object.temporary);
+}
+
+void Catalog::RemoveConstraint(const ObjectInfo& object, TextView constraint) {
+  Run(database_,
+      "DELETE FROM " + SchemaOf(object) + "vellum250_constraint WHERE object_id = ? AND name = ?",
+      {object.id, ToUtf8(constraint)});
+  CountChange(object.temporary);
+}
+
+void Catalog::Remove(const ObjectInfo& object) {
+  for (const char* table : {"vellum250_constraint WHERE object_id", "vellum250_column WHERE object_id",
+                            "vellum250_object WHERE id"}) {
+    Run(database_, "DELETE FROM " + SchemaOf(object) + table + " = ?", {object.id});
+  }
+  CountChange(object.temporary);
+}
+
+void Catalog::PrepareTemporary() {
+  if (hasTemporary_) return;
+  CreateTables("temp");
+  hasTemporary_ = true;
+}
+
+void Catalog::DropTemporary() {
+  if (!hasTemporary_) return;
+  for (const auto& [name, object] : objects_) {
+    if (object->temporary) database_.Execute("DROP TABLE " + object->sqlName);
+  }
+  for (const char* table : {"object", "column", "constraint"}) {
+    database_.Execute(std::string("DROP TABLE temp.vellum250_") + table);
+  }
+  Reload();
+}
+
+}  // namespace vellum250::database::embedded

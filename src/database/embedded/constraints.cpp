@@ -1,0 +1,118 @@
+#include "database/embedded/failures.h"
+#include "database/embedded/messages.h"
+#include "database/embedded/run.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+TextView VerbOf(Plan::Kind kind) {
+  switch (kind) {
+    case Plan::Kind::Insert: return u"INSERT";
+    case Plan::Kind::Update: return u"UPDATE";
+    default: return u"DELETE";
+  }
+}
+
+// The part of SQLite's message behind ": ".
+Text DetailOf(const ConstraintViolation& violation) {
+  const size_t colon = violation.message.find(": ");
+  return colon == std::string::npos ? Text() : FromUtf8(std::string_view(violation.message).substr(colon + 2));
+}
+
+// "member.member_no, member.grade" -> the names of the columns.
+std::vector<Text> ColumnsOf(Text detail, const Text& table) {
+  std::vector<Text> columns;
+  const Text prefix = table + u".";
+  while (!detail.empty()) {
+    const size_t end = std::min(detail.find(u", " + prefix), detail.size());
+    Text name = detail.substr(0, end);
+    if (name.starts_with(prefix)) name.erase(0, prefix.size());
+    columns.push_back(std::move(name));
+    detail.erase(0, std::min(end + 2, detail.size()));
+  }
+  return columns;
+}
+
+const ConstraintInfo* FindKey(const ObjectInfo& table, const Text& detail) {
+  Text index;
+  if (detail.starts_with(u"index '")) {
+    index = detail.substr(7, detail.size() - 8);
+    if (index.ends_with(u" NULL")) index.resize(index.size() - 5);
+  }
+  const std::vector<Text> columns = ColumnsOf(detail, table.name);
+  for (const ConstraintInfo& constraint : table.constraints) {
+    const bool key = constraint.kind == ConstraintKind::PrimaryKey ||
+                     constraint.kind == ConstraintKind::Unique ||
+                     constraint.kind == ConstraintKind::UniqueIndex;
+    if (!key) continue;
+    if (index.empty() ? std::ranges::equal(constraint.columns, columns, EqualsIgnoreAsciiCase)
+                      : EqualsIgnoreAsciiCase(constraint.name, index)) {
+      return &constraint;
+    }
+  }
+  return nullptr;
+}
+
+DatabaseFailure KeyFailure(const Text& detail, const ObjectInfo& table) {
+  const ConstraintInfo* key = FindKey(table, detail);
+  const Text object = u"dbo." + table.name;
+  if (key && key->kind == ConstraintKind::UniqueIndex) {
+    return DuplicateIndexKey(object, key->name, {});
+  }
+  const bool primary = key && key->kind == ConstraintKind::PrimaryKey;
+  return DuplicateKey(primary ? u"PRIMARY KEY" : u"UNIQUE KEY", key ? TextView(key->name) : TextView(),
+                      object, {});
+}
+
+// SQLite does not say which key it was. When only one is possible, it is named.
+DatabaseFailure ReferenceFailure(const Plan& plan, const Catalog& catalog) {
+  const TextView verb = VerbOf(plan.kind);
+  const ObjectInfo& table = *plan.table;
+  std::vector<std::pair<const ObjectInfo*, const ConstraintInfo*>> candidates;
+  for (const auto& [name, object] : catalog.Objects()) {
+    for (const ConstraintInfo& constraint : object->constraints) {
+      if (constraint.kind != ConstraintKind::ForeignKey) continue;
+      const bool parent = EqualsIgnoreAsciiCase(constraint.parent, table.name);
+      const bool child = object->id == table.id;
+      if ((parent && plan.kind != Plan::Kind::Insert) || (child && plan.kind != Plan::Kind::Delete)) {
+        candidates.emplace_back(object.get(), &constraint);
+      }
+    }
+  }
+  if (candidates.size() != 1) {
+    const bool deletes = plan.kind == Plan::Kind::Delete;
+    return ServerFailure(547, u"The " + Text(verb) + u" statement conflicted with a " +
+                                  (deletes ? u"REFERENCE" : u"FOREIGN KEY") +
+                                  u" constraint of table \"dbo." + table.name + u"\".");
+  }
+  const auto& [object, constraint] = candidates[0];
+  const bool child = object->id == table.id;
+  const Text other = u"dbo." + (child ? constraint->parent : object->name);
+  return ConstraintConflict(verb, child ? u"FOREIGN KEY" : u"REFERENCE", constraint->name, other,
+                            (child ? constraint->parentColumns : constraint->columns)[0]);
+}
+
+}  // namespace
+
+DatabaseFailure RowFailure(const ConstraintViolation& violation, const Plan& plan,
+                           const Catalog& catalog) {
+  const ObjectInfo& table = *plan.table;
+  const Text detail = DetailOf(violation);
+  switch (violation.code) {
+    case SQLITE_CONSTRAINT_NOTNULL:
+      return NullNotAllowed(ColumnsOf(detail, table.name)[0], u"dbo." + table.name,
+                            VerbOf(plan.kind));
+    case SQLITE_CONSTRAINT_UNIQUE:
+    case SQLITE_CONSTRAINT_PRIMARYKEY:
+    case SQLITE_CONSTRAINT_ROWID:
+      return KeyFailure(detail, table);
+    case SQLITE_CONSTRAINT_CHECK:
+      return ConstraintConflict(VerbOf(plan.kind), u"CHECK", detail, u"dbo." + table.name, {});
+    case SQLITE_CONSTRAINT_FOREIGNKEY:
+      return ReferenceFailure(plan, catalog);
+    default:
+      return DatabaseFailure(kConstraintFailure, kLibrarySource, FromUtf8(violation.message));
+  }
+}
+
+}  // namespace vellum250::database::embedded

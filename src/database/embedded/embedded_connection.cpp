@@ -1,0 +1,104 @@
+#include <filesystem>
+#include <list>
+
+#include "database/embedded/convert.h"
+#include "database/embedded/failures.h"
+#include "database/embedded/run.h"
+#include "database/provider.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+constexpr size_t kMostIdle = 8;
+constexpr int32_t kDefaultTimeoutSeconds = 15;
+
+// Idle sessions of this thread, the one used last at the end.
+struct Idle {
+  std::u16string path;
+  std::unique_ptr<Session> session;
+};
+thread_local std::list<Idle> pool;
+
+std::unique_ptr<Session> TakeSession(const Text& path, bool create, int32_t timeoutMilliseconds) {
+  for (auto at = pool.rbegin(); at != pool.rend(); ++at) {
+    if (at->path != path) continue;
+    std::unique_ptr<Session> session = std::move(at->session);
+    pool.erase(std::next(at).base());
+    // A file that was replaced on disk is opened anew.
+    if (session->IsCurrent() && session->Reset(timeoutMilliseconds)) return session;
+    return TakeSession(path, create, timeoutMilliseconds);
+  }
+  return std::make_unique<Session>(path, create, timeoutMilliseconds);
+}
+
+void GiveBack(const Text& path, std::unique_ptr<Session> session) {
+  if (!session->Reset(kDefaultTimeoutSeconds * 1000)) return;
+  pool.push_back({path, std::move(session)});
+  if (pool.size() > kMostIdle) pool.pop_front();
+}
+
+class EmbeddedConnection final : public Connection {
+ public:
+  EmbeddedConnection(Text path, bool create, int32_t timeoutMilliseconds)
+      : path_(std::move(path)), session_(TakeSession(path_, create, timeoutMilliseconds)) {}
+  ~EmbeddedConnection() override { GiveBack(path_, std::move(session_)); }
+
+  Batch Run(TextView sql, std::span<const Variant> parameters) override {
+    Batch batch;
+    Runner(*session_, batch).RunBatch(sql, parameters);
+    return batch;
+  }
+
+  ProcedureResult Call(TextView procedure, std::span<const ProcedureParameter> parameters) override {
+    std::vector<TypedValue> values;
+    for (const ProcedureParameter& parameter : parameters) {
+      values.push_back(FromVariant(parameter.value));
+    }
+    Batch batch;
+    ProcedureResult result;
+    result.returnValue = Runner(*session_, batch).CallProcedure(procedure, values);
+    if (batch.failure) throw *batch.failure;
+    result.results = std::move(batch.results);
+    for (size_t i = 0; i < parameters.size(); ++i) {
+      if (parameters[i].direction == Direction::In) continue;
+      result.outputs.push_back(ToVariant(values[i].value, values[i].type));
+    }
+    return result;
+  }
+
+ private:
+  Text path_;
+  std::unique_ptr<Session> session_;
+};
+
+bool IsYes(TextView value) {
+  return EqualsIgnoreAsciiCase(value, u"yes") || EqualsIgnoreAsciiCase(value, u"true") || value == u"1";
+}
+
+int32_t TimeoutOf(const ConnectionString& connectionString) {
+  const auto value = connectionString.Find(u"Timeout");
+  if (!value) return kDefaultTimeoutSeconds * 1000;
+  int32_t seconds = 0;
+  for (const char16_t c : *value) {
+    if (c < u'0' || c > u'9' || seconds > 86400) {
+      throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
+                            u"the connection string's Timeout is no number of seconds");
+    }
+    seconds = seconds * 10 + (c - u'0');
+  }
+  return std::min(seconds, 86400) * 1000;
+}
+
+}  // namespace
+
+std::unique_ptr<Connection> Open(const ConnectionString& connectionString) {
+  const auto database = connectionString.Find(u"Database");
+  if (!database || database->empty()) {
+    throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
+                          u"the connection string names no database file");
+  }
+  const bool create = IsYes(connectionString.Find(u"Create").value_or(u""));
+  return std::make_unique<EmbeddedConnection>(Text(*database), create, TimeoutOf(connectionString));
+}
+
+}  // namespace vellum250::database::embedded

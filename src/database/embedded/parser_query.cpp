@@ -1,0 +1,245 @@
+#include "automation/locale.h"
+#include "database/embedded/parser_class.h"
+
+namespace vellum250::database::embedded {
+
+QueryPtr Parser::ParseQuery() {
+  Level level(*this);
+  auto query = std::make_unique<Query>();
+  query->cores.push_back(ParseSelectCore());
+  for (;;) {
+    if (AtAny({u"except", u"intersect"})) throw Refused(u"EXCEPT and INTERSECT");
+    if (!Take(u"union")) break;
+    query->operators.push_back(Take(u"all") ? u"UNION ALL" : u"UNION");
+    if (At(u"(")) throw Refused(u"a parenthesised part of a UNION");
+    query->cores.push_back(ParseSelectCore());
+  }
+  query->orderBy = ParseOrderBy();
+  if (AtAny({u"for", u"option", u"compute"})) throw Refused(ToUpper(TextOf(Current())));
+  return query;
+}
+
+SelectCore Parser::ParseSelectCore() {
+  SelectCore core;
+  core.line = Current().line;
+  Expect(u"select");
+  core.distinct = Take(u"distinct");
+  if (!core.distinct) Take(u"all");
+  if (Take(u"top")) {
+    core.top = ParsePrimary();
+    if (At(u"percent")) throw Refused(u"TOP PERCENT");
+    if (At(u"with")) throw Refused(u"TOP WITH TIES");
+  }
+  do {
+    core.items.push_back(ParseSelectItem());
+  } while (Take(u","));
+  if (Take(u"into")) core.into = TakeTableName();
+  core.from = ParseFrom();
+  if (Take(u"where")) core.where = ParseCondition();
+  if (Take(u"group")) {
+    Expect(u"by");
+    if (At(u"all")) throw Refused(u"GROUP BY ALL");
+    do {
+      core.groupBy.push_back(ParseSum());
+    } while (Take(u","));
+    if (At(u"with")) throw Refused(u"GROUP BY WITH");
+  }
+  if (Take(u"having")) core.having = ParseCondition();
+  return core;
+}
+
+SelectItem Parser::ParseSelectItem() {
+  SelectItem item;
+  if (Take(u"*")) return item;
+  if (AtName() && Matches(Ahead(1), u".") && Matches(Ahead(2), u"*")) {
+    item.qualifier = TakeName();
+    at_ += 2;
+    return item;
+  }
+  if (Current().kind == TokenKind::Variable && Matches(Ahead(1), u"=")) {
+    item.variable = TakeVariable();
+    ++at_;
+    item.value = ParseSum();
+    return item;
+  }
+  if (AtName() && Matches(Ahead(1), u"=")) {  // alias = value
+    item.alias = TakeName();
+    ++at_;
+    item.value = ParseSum();
+    return item;
+  }
+  item.value = ParseSum();
+  const bool explicitAlias = Take(u"as");
+  if (Current().kind == TokenKind::Literal && IsText(scanned_.literals[Current().index].type)) {
+    const int32_t index = Current().index;
+    pinned_.push_back(index);
+    item.alias = FromUtf8(std::get<std::string>(scanned_.literals[index].value));
+    ++at_;
+  } else if (explicitAlias || AtName()) {
+    item.alias = TakeName();
+  }
+  return item;
+}
+
+std::vector<SourcePtr> Parser::ParseFrom() {
+  std::vector<SourcePtr> sources;
+  if (!Take(u"from")) return sources;
+  do {
+    sources.push_back(ParseSource());
+  } while (Take(u","));
+  return sources;
+}
+
+std::optional<JoinKind> Parser::TakeJoin() {
+  static constexpr std::pair<TextView, JoinKind> kKinds[] = {{u"inner", JoinKind::Inner},
+                                                             {u"left", JoinKind::Left},
+                                                             {u"right", JoinKind::Right},
+                                                             {u"full", JoinKind::Full},
+                                                             {u"cross", JoinKind::Cross}};
+  if (Take(u"join")) return JoinKind::Inner;
+  for (const auto& [word, kind] : kKinds) {
+    if (!At(word)) continue;
+    ++at_;
+    if (At(u"apply")) throw Refused(u"APPLY");
+    if (kind != JoinKind::Inner && kind != JoinKind::Cross) Take(u"outer");
+    Expect(u"join");
+    return kind;
+  }
+  return std::nullopt;
+}
+
+SourcePtr Parser::ParseSource() {
+  Level level(*this);
+  SourcePtr left = ParseSourcePrimary();
+  int32_t joins = 0;
+  while (const auto kind = TakeJoin()) {
+    if (++joins > kMaxNesting) throw NestedTooDeeply(Current().line);
+    auto join = std::make_unique<Source>();
+    join->line = Current().line;
+    join->join = *kind;
+    join->left = std::move(left);
+    join->right = ParseSourcePrimary();
+    if (*kind != JoinKind::Cross) {
+      Expect(u"on");
+      join->on = ParseCondition();
+    }
+    left = std::move(join);
+  }
+  return left;
+}
+
+SourcePtr Parser::ParseSourcePrimary() {
+  auto source = std::make_unique<Source>();
+  source->line = Current().line;
+  if (Take(u"(")) {
+    if (!At(u"select")) {
+      SourcePtr inner = ParseSource();
+      Expect(u")");
+      return inner;
+    }
+    source->query = ParseQuery();
+    Expect(u")");
+    TakeAlias(*source);
+    if (source->alias.empty()) throw SyntaxError();
+    if (At(u"(")) source->columnNames = TakeNameList();
+    return source;
+  }
+  if (Current().kind == TokenKind::Variable) throw Refused(u"a table variable");
+  ObjectName name = TakeObjectName();
+  source->schema = std::move(name.schema);
+  source->name = std::move(name.name);
+  if (At(u"(") && !Matches(Ahead(1), u"nolock")) throw Refused(u"a table-valued function");
+  SkipHints();
+  TakeAlias(*source);
+  SkipHints();
+  return source;
+}
+
+void Parser::TakeAlias(Source& source) {
+  if (Take(u"as") || AtName()) source.alias = TakeName();
+}
+
+// WITH (NOLOCK) and its kin say how to lock, which SQLite decides by itself.
+void Parser::SkipHints() {
+  const bool withWord = At(u"with") && Matches(Ahead(1), u"(");
+  if (!withWord && !(At(u"(") && Matches(Ahead(1), u"nolock"))) return;
+  if (withWord) ++at_;
+  TakeNameList();
+}
+
+std::vector<OrderItem> Parser::ParseOrderBy() {
+  std::vector<OrderItem> items;
+  if (!Take(u"order")) return items;
+  Expect(u"by");
+  do {
+    OrderItem item;
+    item.value = ParseSum();
+    item.descending = Take(u"desc");
+    if (!item.descending) Take(u"asc");
+    items.push_back(std::move(item));
+  } while (Take(u","));
+  if (At(u"offset")) throw Refused(u"OFFSET");
+  return items;
+}
+
+InsertStatement Parser::ParseInsert() {
+  InsertStatement insert;
+  Take(u"into");
+  insert.table = TakeTableName();
+  SkipHints();
+  if (At(u"(")) insert.columns = TakeNameList();
+  if (Take(u"default")) {
+    Expect(u"values");
+    insert.defaultValues = true;
+    return insert;
+  }
+  if (AtAny({u"exec", u"execute"})) throw Refused(u"INSERT ... EXEC");
+  if (!Take(u"values")) {
+    if (!At(u"select")) throw SyntaxError();
+    insert.query = ParseQuery();
+    return insert;
+  }
+  do {
+    Expect(u"(");
+    std::vector<ExpressionPtr>& row = insert.rows.emplace_back();
+    do {
+      row.push_back(ParseOptionalDefault());
+    } while (Take(u","));
+    Expect(u")");
+  } while (Take(u","));
+  return insert;
+}
+
+UpdateStatement Parser::ParseUpdate() {
+  UpdateStatement update;
+  if (At(u"top")) throw Refused(u"UPDATE TOP");
+  update.table = TakeTableName();
+  SkipHints();
+  Expect(u"set");
+  do {
+    if (Current().kind == TokenKind::Variable) throw Refused(u"a variable set by UPDATE");
+    Assignment assignment;
+    assignment.line = Current().line;
+    assignment.column = TakeName();
+    if (Take(u".")) assignment.column = TakeName();
+    Expect(u"=");
+    assignment.value = ParseOptionalDefault();
+    update.assignments.push_back(std::move(assignment));
+  } while (Take(u","));
+  update.from = ParseFrom();
+  if (Take(u"where")) update.where = ParseCondition();
+  return update;
+}
+
+DeleteStatement Parser::ParseDelete() {
+  DeleteStatement statement;
+  if (At(u"top")) throw Refused(u"DELETE TOP");
+  Take(u"from");
+  statement.table = TakeTableName();
+  SkipHints();
+  statement.from = ParseFrom();
+  if (Take(u"where")) statement.where = ParseCondition();
+  return statement;
+}
+
+}  // namespace vellum250::database::embedded

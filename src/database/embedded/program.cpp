@@ -1,0 +1,124 @@
+#include "database/embedded/program.h"
+
+#include "database/embedded/failures.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+constexpr size_t kMostPrograms = 256;
+constexpr size_t kLongestShape = 32 * 1024;
+
+}  // namespace
+
+Program::Program(TextView batch, Scanned scanned, std::vector<TypeInfo> markers)
+    : tree_(ParseBatch(batch, scanned)),
+      literals_(std::move(scanned.literals)),
+      markers_(std::move(markers)) {
+  for (const int32_t index : tree_.pinned) Pin(index, literals_);
+  if (const CreateProcedureStatement* procedure = Procedure()) {
+    for (const ParameterDefinition& parameter : procedure->parameters) {
+      Declare(parameter.name, parameter.type, 0);
+    }
+    Declare(procedure->body);
+  } else {
+    Declare(tree_.statements);
+  }
+}
+
+const CreateProcedureStatement* Program::Procedure() const {
+  return tree_.statements.empty()
+             ? nullptr
+             : std::get_if<CreateProcedureStatement>(&tree_.statements.front()->node);
+}
+
+void Program::Declare(const Block& block) {
+  for (const StatementPtr& statement : block) Declare(*statement);
+}
+
+// DECLARE counts for everything that follows it, whatever block it stands in.
+void Program::Declare(const Statement& statement) {
+  if (const auto* declare = std::get_if<DeclareStatement>(&statement.node)) {
+    for (const auto& variable : declare->variables) {
+      Declare(variable.name, variable.type, statement.line);
+    }
+  } else if (const auto* block = std::get_if<BlockStatement>(&statement.node)) {
+    Declare(block->body);
+  } else if (const auto* branch = std::get_if<IfStatement>(&statement.node)) {
+    Declare(*branch->then);
+    if (branch->otherwise) Declare(*branch->otherwise);
+  }
+}
+
+void Program::Declare(const Text& name, TypeInfo type, int32_t line) {
+  for (const VariableInfo& variable : variables_) {
+    if (EqualsIgnoreAsciiCase(variable.name, name)) {
+      throw ServerFailure(134,
+                          u"The variable name '" + name +
+                              u"' has already been declared. Variable names must be unique within "
+                              u"a query batch or stored procedure.",
+                          line);
+    }
+  }
+  variables_.push_back({name, type});
+}
+
+void Program::Pin(int32_t literal, const std::vector<TypedValue>& literals) {
+  pinned_.emplace_back(literal, literals[static_cast<size_t>(literal)].value);
+}
+
+bool Program::Serves(const std::vector<TypedValue>& literals) const {
+  return std::ranges::all_of(pinned_, [&](const auto& pin) {
+    return literals[static_cast<size_t>(pin.first)].value == pin.second;
+  });
+}
+
+std::shared_ptr<Program> ProgramCache::Get(TextView batch, Scanned& scanned,
+                                           const std::vector<TypedValue>& markers) {
+  Text shape = std::move(scanned.shape);
+  std::vector<TypeInfo> types;
+  for (const TypedValue& marker : markers) {
+    TypeInfo type = marker.type;
+    // Another run's text may be longer.
+    if (IsText(type)) type.length = IsNational(type) ? 4000 : 8000;
+    if (type.type == SqlType::Int) type.precision = 0;
+    types.push_back(type);
+    const int64_t code = Encode(type);
+    for (int shift = 0; shift < 64; shift += 16) shape += static_cast<char16_t>(code >> shift);
+  }
+  ++clock_;
+  const auto found = entries_.find(shape);
+  if (found != entries_.end()) {
+    for (Entry& entry : found->second) {
+      if (!entry.program->Serves(scanned.literals)) continue;
+      entry.lastUse = clock_;
+      return entry.program;
+    }
+  }
+  auto program = std::make_shared<Program>(
+      batch, Scanned{std::move(scanned.tokens), scanned.literals, scanned.markers, {}},
+      std::move(types));
+  if (program->Cacheable() && shape.size() <= kLongestShape) {
+    if (count_ >= kMostPrograms) MakeRoom();
+    entries_[std::move(shape)].push_back({program, clock_});
+    ++count_;
+  }
+  return program;
+}
+
+// Forgets the older half.
+void ProgramCache::MakeRoom() {
+  std::vector<uint64_t> uses;
+  for (const auto& [shape, programs] : entries_) {
+    for (const Entry& entry : programs) uses.push_back(entry.lastUse);
+  }
+  std::ranges::nth_element(uses, uses.begin() + static_cast<ptrdiff_t>(uses.size() / 2));
+  const uint64_t oldest = uses[uses.size() / 2];
+  count_ = 0;
+  for (auto at = entries_.begin(); at != entries_.end();) {
+    std::erase_if(at->second, [&](const Entry& entry) { return entry.lastUse < oldest; });
+    count_ += at->second.size();
+    at = at->second.empty() ? entries_.erase(at) : std::next(at);
+  }
+}
+
+}  // namespace vellum250::database::embedded

@@ -1,0 +1,79 @@
+// Batches and procedures ready to run, and the cache that keeps them.
+#pragma once
+
+#include <unordered_map>
+
+#include "database/embedded/parser.h"
+#include "database/embedded/plan.h"
+
+namespace vellum250::database::embedded {
+
+// A parsed batch or procedure with what has been bound of it so far. It serves every batch of its
+// shape whose pinned literals have the same values.
+class Program {
+ public:
+  // Raises what the parser does, and 134 for a variable declared twice.
+  Program(TextView batch, Scanned scanned, std::vector<TypeInfo> markers);
+
+  const SyntaxTree& Tree() const { return tree_; }
+  const std::vector<VariableInfo>& Variables() const { return variables_; }
+  // The literals of the text that it was made from.
+  const std::vector<TypedValue>& Literals() const { return literals_; }
+  bool Serves(const std::vector<TypedValue>& literals) const;
+  bool Cacheable() const { return !tree_.definesObjects; }
+
+  // The plan of a statement or expression, bound by `bind` when there is none or the catalogue has
+  // changed since. `bind` takes a BindInput and gives a Plan.
+  template <typename Bind>
+  Plan& PlanOf(const void* node, const Catalog& catalog, const std::vector<TypedValue>& literals,
+               Bind bind) {
+    if (generation_ != catalog.Generation()) {
+      plans_.clear();
+      generation_ = catalog.Generation();
+    }
+    const auto found = plans_.find(node);
+    if (found != plans_.end()) return found->second;
+    std::vector<int32_t> pinned;
+    Plan plan = bind(BindInput{catalog, literals, markers_, variables_, pinned});
+    for (const int32_t index : pinned) Pin(index, literals);
+    return plans_.emplace(node, std::move(plan)).first->second;
+  }
+
+  // The procedure that the tree creates, when the program is one's text.
+  const CreateProcedureStatement* Procedure() const;
+
+ private:
+  void Declare(const Block& block);
+  void Declare(const Statement& statement);
+  void Declare(const Text& name, TypeInfo type, int32_t line);
+  void Pin(int32_t literal, const std::vector<TypedValue>& literals);
+
+  SyntaxTree tree_;
+  std::vector<TypedValue> literals_;
+  std::vector<TypeInfo> markers_;
+  std::vector<VariableInfo> variables_;
+  std::vector<std::pair<int32_t, Value>> pinned_;
+  std::unordered_map<const void*, Plan> plans_;
+  uint64_t generation_ = 0;
+};
+
+// The programs used last, by shape.
+class ProgramCache {
+ public:
+  // The program for a batch: a kept one when its shape is known.
+  std::shared_ptr<Program> Get(TextView batch, Scanned& scanned,
+                               const std::vector<TypedValue>& markers);
+
+ private:
+  struct Entry {
+    std::shared_ptr<Program> program;
+    uint64_t lastUse = 0;
+  };
+  void MakeRoom();
+
+  std::unordered_map<Text, std::vector<Entry>> entries_;
+  size_t count_ = 0;
+  uint64_t clock_ = 0;
+};
+
+}  // namespace vellum250::database::embedded

@@ -1,0 +1,83 @@
+// Last stage: running a program, statement by statement.
+#pragma once
+
+#include "database/connection.h"
+#include "database/embedded/session.h"
+
+namespace vellum250::database::embedded {
+
+// Runs one batch or procedure call to its end or to the failure that ends it. What it gives goes
+// to a Batch; statements behind a failure that ends only its statement run, but give nothing more.
+class Runner {
+ public:
+  Runner(Session& session, Batch& batch) : session_(session), batch_(batch) {}
+
+  void RunBatch(TextView sql, std::span<const Variant> parameters);
+  // Gives the return value; `values` are the arguments in order and become what they are at the end.
+  int32_t CallProcedure(TextView name, std::vector<TypedValue>& values);
+
+ private:
+  // The variables and literals of a batch or procedure while it runs.
+  struct Frame {
+    Program& program;
+    const std::vector<TypedValue>& literals;
+    const std::vector<TypedValue>& markers;
+    std::vector<Value> variables;
+    Value scopeIdentity;
+    int32_t returnValue = 0;
+  };
+  enum class Flow : uint8_t { Next, Return, Abort };
+
+  Flow RunBlock(const Block& block, Frame& frame);
+  Flow RunStatement(const Statement& statement, Frame& frame);
+  // Without a handler for failures.
+  Flow Run(const Statement& statement, Frame& frame);
+  Flow Failed(const DatabaseFailure& failure, int32_t line);
+  // Binds everything whose tables are there, so that a misspelt column runs nothing.
+  void BindAhead(const Block& block, Frame& frame);
+
+  void RunQuery(Plan& plan, Frame& frame);
+  void RunAssign(Plan& plan, Frame& frame);
+  void RunChange(Plan& plan, Frame& frame);
+  void RunSelect(const SelectStatement& select, Frame& frame);
+  Plan& ChangePlan(const Statement& statement, Frame& frame);
+  void RunDeclare(const DeclareStatement& declare, Frame& frame);
+  Flow RunIf(const IfStatement& branch, Frame& frame);
+  void RunExecute(const ExecuteStatement& execute, Frame& frame);
+  void RunTransaction(TransactionVerb verb);
+  void RunIdentityInsert(const IdentityInsertStatement& identity);
+  void RunRaiseError(const RaiseErrorStatement& raise, Frame& frame);
+  bool RunSchemaChange(const Statement& statement, Frame& frame);
+
+  // The arguments of EXEC, by the procedure's order.
+  struct Arguments {
+    std::vector<TypedValue> values;
+    std::vector<const ExecuteStatement::Argument*> sources;  // nullptr where none was given
+  };
+  Arguments Evaluate(const ExecuteStatement& execute, const CreateProcedureStatement& procedure,
+                     Frame& frame);
+  int32_t RunProcedure(Program& program, std::vector<TypedValue>& values,
+                       const std::vector<bool>& given);
+
+  TypedValue Evaluate(const Expression& expression, Frame& frame,
+                      std::optional<TypeInfo> type = std::nullopt);
+  // Prepares if need be and binds; the statement is reset when the result goes.
+  class Execution;
+  Value SlotValue(const Slot& slot, Frame& frame);
+  BindInput InputOf(Frame& frame);
+  template <typename Bind>
+  Plan& PlanOf(const void* node, Frame& frame, Bind bind) {
+    return frame.program.PlanOf(node, session_.Objects(), frame.literals, bind);
+  }
+  bool Gathers() const { return !batch_.failure.has_value(); }
+
+  Session& session_;
+  Batch& batch_;
+  int32_t depth_ = 0;
+};
+
+// Why a table refused a row, in the server's words.
+DatabaseFailure RowFailure(const ConstraintViolation& violation, const Plan& plan,
+                           const Catalog& catalog);
+
+}  // namespace vellum250::database::embedded

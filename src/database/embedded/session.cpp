@@ -1,0 +1,181 @@
+#include "database/embedded/session.h"
+
+#include "automation/locale.h"
+#include "database/embedded/failures.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+void SqliteFailure(sqlite3_context* context, Database& database, const DatabaseFailure& failure) {
+  database.Context().failure = failure;
+  sqlite3_result_error(context, "failed", -1);
+}
+
+// v_identity(temporary, table, increment): the next key.
+void NextKeyFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
+  Session& session = *static_cast<Session*>(sqlite3_user_data(context));
+  try {
+    const auto* table = reinterpret_cast<const char*>(sqlite3_value_text(arguments[1]));
+    sqlite3_result_int64(context, session.NextKey(sqlite3_value_int(arguments[0]) != 0, table,
+                                                  sqlite3_value_int64(arguments[2])));
+  } catch (const DatabaseFailure& failure) {
+    SqliteFailure(context, session.Db(), failure);
+  } catch (...) {
+    sqlite3_result_error_nomem(context);
+  }
+}
+
+// v_single(x): the value of a sub-query that must not give several rows.
+void SingleStep(sqlite3_context* context, int, sqlite3_value** arguments) {
+  auto** kept = static_cast<sqlite3_value**>(sqlite3_aggregate_context(context, sizeof(void*)));
+  if (kept == nullptr) return sqlite3_result_error_nomem(context);
+  if (*kept != nullptr) {
+    Session& session = *static_cast<Session*>(sqlite3_user_data(context));
+    return SqliteFailure(context, session.Db(),
+                         ServerFailure(512,
+                                       u"Subquery returned more than 1 value. This is not "
+                                       u"permitted when the subquery follows =, !=, <, <= , >, >= "
+                                       u"or when the subquery is used as an expression."));
+  }
+  *kept = sqlite3_value_dup(arguments[0]);
+  if (*kept == nullptr) sqlite3_result_error_nomem(context);
+}
+
+void SingleFinal(sqlite3_context* context) {
+  auto** kept = static_cast<sqlite3_value**>(sqlite3_aggregate_context(context, 0));
+  if (kept == nullptr || *kept == nullptr) return sqlite3_result_null(context);
+  sqlite3_result_value(context, *kept);
+  sqlite3_value_free(*kept);
+}
+
+}  // namespace
+
+Session::Session(const Text& path, bool create, int32_t timeoutMilliseconds)
+    : database_(path, create, timeoutMilliseconds), catalog_(database_) {
+  sqlite3_create_function_v2(database_.Get(), "v_identity", 3, SQLITE_UTF8, this, &NextKeyFunction,
+                             nullptr, nullptr, nullptr);
+  sqlite3_create_function_v2(database_.Get(), "v_single", 1, SQLITE_UTF8, this, nullptr, &SingleStep,
+                             &SingleFinal, nullptr);
+}
+
+Session::~Session() { EndTransactions(); }
+
+std::shared_ptr<Program> Session::Procedure(TextView name) {
+  if (proceduresGeneration_ != catalog_.Generation()) {
+    procedures_.clear();
+    proceduresGeneration_ = catalog_.Generation();
+  }
+  const ObjectPtr object = catalog_.Find(name);
+  if (!object || object->kind != ObjectKind::Procedure) return nullptr;
+  std::shared_ptr<Program>& program = procedures_[ToLower(name)];
+  if (!program) {
+    program = std::make_shared<Program>(object->definition, Scan(object->definition),
+                                        std::vector<TypeInfo>());
+  }
+  return program;
+}
+
+void Session::BeginTransaction() {
+  if (state_.transactionCount == 0) database_.Execute("BEGIN IMMEDIATE");
+  ++state_.transactionCount;
+}
+
+void Session::CommitTransaction() {
+  if (state_.transactionCount == 0) {
+    throw ServerFailure(
+        3902, u"The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+  }
+  if (state_.transactionCount == 1) {
+    database_.Execute("COMMIT");
+    state_.keysGiven.clear();
+    state_.schemaChanged = false;
+  }
+  --state_.transactionCount;
+}
+
+void Session::RollbackTransaction() {
+  if (state_.transactionCount == 0) {
+    throw ServerFailure(
+        3903, u"The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+  }
+  state_.transactionCount = 0;
+  // SQLite may have rolled back by itself, after a full disk for one.
+  if (database_.InTransaction()) database_.Execute("ROLLBACK");
+  if (std::exchange(state_.schemaChanged, false)) catalog_.Reload();
+  RestoreKeys();
+}
+
+void Session::EndTransactions() noexcept {
+  try {
+    if (state_.transactionCount > 0) RollbackTransaction();
+  } catch (...) {
+    // Closing the connection rolls back what is left.
+    state_.transactionCount = 0;
+  }
+}
+
+void Session::RestoreKeys() {
+  const auto keys = std::exchange(state_.keysGiven, {});
+  for (const auto& [table, key] : keys) {
+    Prepared update = database_.Prepare(
+        "UPDATE main.sqlite_sequence SET seq = max(seq, ?1) WHERE name = ?2", false);
+    const Value name = table;
+    update.Bind(1, key);
+    update.Bind(2, name);
+    update.Step(database_);
+  }
+}
+
+void Session::UseUpKey(const ObjectInfo& table) {
+  const ColumnInfo* identity = table.Identity();
+  if (identity == nullptr) return;
+  Prepared update = database_.Prepare(
+      std::string("UPDATE ") + (table.temporary ? "temp" : "main") +
+          ".sqlite_sequence SET seq = seq + ?1 WHERE name = ?2 RETURNING seq",
+      false);
+  const Value name = ToUtf8(table.name);
+  update.Bind(1, identity->increment);
+  update.Bind(2, name);
+  if (!update.Step(database_)) return;
+  const int64_t key = update.Column(0).Integer();
+  update.Step(database_);
+  if (state_.transactionCount > 0 && !table.temporary) {
+    state_.keysGiven[std::get<std::string>(name)] = key;
+  }
+}
+
+int64_t Session::NextKey(bool temporary, const std::string& table, int64_t increment) {
+  if (!nextKey_) {
+    Prepared select = database_.Prepare(std::string("SELECT seq FROM ") +
+                                            (temporary ? "temp" : "main") +
+                                            ".sqlite_sequence WHERE name = ?",
+                                        false);
+    const Value name = table;
+    select.Bind(1, name);
+    nextKey_ = select.Step(database_) ? select.Column(0).Integer() : 0;
+  }
+  *nextKey_ += increment;
+  return *nextKey_;
+}
+
+bool Session::Reset(int32_t timeoutMilliseconds) noexcept {
+  try {
+    EndTransactions();
+    if (database_.InTransaction()) return false;
+    catalog_.DropTemporary();
+    state_ = SessionState();
+    sqlite3_busy_timeout(database_.Get(), timeoutMilliseconds);
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+bool Session::IsCurrent() const {
+  int moved = 0;
+  const int code =
+      sqlite3_file_control(database_.Get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  return code != SQLITE_OK || moved == 0;
+}
+
+}  // namespace vellum250::database::embedded

@@ -1,0 +1,68 @@
+// One open database with everything that lives as long as it does.
+#pragma once
+
+#include <map>
+
+#include "database/embedded/catalog.h"
+#include "database/embedded/program.h"
+
+namespace vellum250::database::embedded {
+
+// What a client's connection changes as it goes; begun anew for each.
+struct SessionState {
+  bool noCount = false;
+  int32_t transactionCount = 0;
+  int64_t rowCount = 0;
+  int32_t error = 0;  // @@ERROR
+  Value identity;     // @@IDENTITY
+  Text identityInsert;  // the table of SET IDENTITY_INSERT ... ON
+  bool schemaChanged = false;  // within the open transaction
+  // The last keys given in the open transaction: a roll-back does not give them again.
+  std::map<std::string, int64_t> keysGiven;  // by the table's name, unquoted
+};
+
+class Session {
+ public:
+  Session(const Text& path, bool create, int32_t timeoutMilliseconds);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  Database& Db() { return database_; }
+  Catalog& Objects() { return catalog_; }
+  ProgramCache& Programs() { return programs_; }
+  SessionState& State() { return state_; }
+
+  // The program of a stored procedure; nullptr when there is none of that name.
+  std::shared_ptr<Program> Procedure(TextView name);
+
+  void BeginTransaction();
+  void CommitTransaction();    // 3902
+  void RollbackTransaction();  // 3903
+  // Rolls back what is open, if anything; and once more tells what SQLite did by itself.
+  void EndTransactions() noexcept;
+
+  // A key was used up though its row was refused.
+  void UseUpKey(const ObjectInfo& table);
+  // The next key of a table that does not count by one. Called from within a statement.
+  int64_t NextKey(bool temporary, const std::string& table, int64_t increment);
+  void BeginStatement() { nextKey_.reset(); }
+
+  // Ready for the next client. False when it should be closed instead.
+  bool Reset(int32_t timeoutMilliseconds) noexcept;
+  // Whether the file is still the one that was opened.
+  bool IsCurrent() const;
+
+ private:
+  void RestoreKeys();
+
+  Database database_;
+  Catalog catalog_;
+  ProgramCache programs_;
+  SessionState state_;
+  std::map<Text, std::shared_ptr<Program>> procedures_;
+  uint64_t proceduresGeneration_ = 0;
+  std::optional<int64_t> nextKey_;
+};
+
+}  // namespace vellum250::database::embedded

@@ -1,0 +1,207 @@
+#include "database/embedded/sqlite.h"
+
+#include <filesystem>
+
+#include "database/embedded/failures.h"
+#include "database/embedded/transaction.h"
+
+namespace vellum250::database::embedded {
+namespace {
+
+// "VB25": tells our files from other SQLite databases.
+constexpr int32_t kApplicationId = 0x56423235;
+
+DatabaseFailure FileFailure(const Text& words, const Text& path) {
+  return DatabaseFailure(kUnspecifiedFailure, kLibrarySource, words + u": " + path);
+}
+
+}  // namespace
+
+void Prepared::Bind(int position, const Value& value) {
+  sqlite3_stmt* statement = statement_.get();
+  int code = SQLITE_OK;
+  if (const auto* text = std::get_if<std::string>(&value)) {
+    code = sqlite3_bind_text64(statement, position, text->data(), text->size(), SQLITE_STATIC,
+                               SQLITE_UTF8);
+  } else if (const auto* integer = std::get_if<int64_t>(&value)) {
+    code = sqlite3_bind_int64(statement, position, *integer);
+  } else if (const auto* number = std::get_if<double>(&value)) {
+    code = sqlite3_bind_double(statement, position, *number);
+  } else {
+    code = sqlite3_bind_null(statement, position);
+  }
+  if (code == SQLITE_TOOBIG) throw Unsupported(u"a text of more than 1,000,000,000 bytes");
+  if (code != SQLITE_OK) throw std::bad_alloc();
+}
+
+ValueRef Prepared::Column(int index) const {
+  sqlite3_stmt* statement = statement_.get();
+  switch (sqlite3_column_type(statement, index)) {
+    case SQLITE_INTEGER: return int64_t{sqlite3_column_int64(statement, index)};
+    case SQLITE_FLOAT: return sqlite3_column_double(statement, index);
+    case SQLITE_NULL: return {};
+    default: {
+      const auto* text = static_cast<const char*>(sqlite3_column_blob(statement, index));
+      const auto length = static_cast<size_t>(sqlite3_column_bytes(statement, index));
+      return text ? std::string_view(text, length) : std::string_view("");
+    }
+  }
+}
+
+bool Prepared::Step(Database& database) {
+  const int code = sqlite3_step(statement_.get());
+  if (code == SQLITE_ROW) return true;
+  if (code == SQLITE_DONE) return false;
+  struct Resetter {
+    Prepared& statement;
+    ~Resetter() { statement.Reset(); }
+  } resetter{*this};
+  database.Fail(sqlite3_extended_errcode(database.Get()));
+}
+
+void Prepared::Reset() {
+  sqlite3_reset(statement_.get());
+  sqlite3_clear_bindings(statement_.get());
+}
+
+Database::Database(const Text& path, bool create, int32_t timeoutMilliseconds) : path_(path) {
+  CheckFile(path, create);
+  sqlite3* handle = nullptr;
+  const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
+                    (create ? SQLITE_OPEN_CREATE : 0);
+  const int code = sqlite3_open_v2(ToUtf8(path).c_str(), &handle, flags, nullptr);
+  handle_.reset(handle);
+  if (code != SQLITE_OK) Fail(code);
+  Configure(timeoutMilliseconds);
+}
+
+void Database::CheckFile(const Text& path, bool create) const {
+  if (path.empty() || path.find(u'\0') != Text::npos) {
+    throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
+                          u"the connection string names no database file");
+  }
+  std::error_code error;
+  const std::filesystem::path file(ToUtf8(path));
+  const auto status = std::filesystem::status(file, error);
+  if (std::filesystem::is_directory(status)) {
+    throw FileFailure(u"this is a folder, not a database file", path);
+  }
+  if (!std::filesystem::exists(status)) {
+    if (!create) throw FileFailure(u"there is no database file", path);
+    const auto folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+    if (!std::filesystem::is_directory(folder, error)) {
+      throw FileFailure(u"there is no folder for the database file", path);
+    }
+  } else if (!std::filesystem::is_regular_file(status)) {
+    throw FileFailure(u"this is no database file", path);
+  }
+}
+
+void Database::Configure(int32_t timeoutMilliseconds) {
+  sqlite3* handle = handle_.get();
+  sqlite3_busy_timeout(handle, timeoutMilliseconds);
+  sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 1, nullptr);
+  RegisterFunctions(handle, context_);
+  if (sqlite3_db_readonly(handle, "main") == 1) {
+    throw FileFailure(u"the database file may not be written", path_);
+  }
+  const int64_t application = Integer("PRAGMA application_id");
+  if (application != kApplicationId) {
+    if (Integer("SELECT count(*) FROM sqlite_schema") != 0) {
+      throw FileFailure(u"this SQLite file was not made by this library", path_);
+    }
+    Execute("PRAGMA application_id = " + std::to_string(kApplicationId));
+  }
+  Execute(
+      "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
+      "PRAGMA recursive_triggers = OFF; PRAGMA temp_store = MEMORY");
+}
+
+Prepared Database::Prepare(std::string_view sql, bool keep) {
+  Prepared prepared;
+  sqlite3_stmt* statement = nullptr;
+  const int code =
+      sqlite3_prepare_v3(handle_.get(), sql.data(), static_cast<int>(sql.size()),
+                         keep ? SQLITE_PREPARE_PERSISTENT : 0, &statement, nullptr);
+  if (code != SQLITE_OK) Fail(code);
+  prepared.statement_.reset(statement);
+  return prepared;
+}
+
+void Database::Execute(const std::string& sql) {
+  const int code = sqlite3_exec(handle_.get(), sql.c_str(), nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) Fail(code);
+}
+
+int64_t Database::Integer(std::string_view sql) {
+  Prepared statement = Prepare(sql, false);
+  return statement.Step(*this) ? statement.Column(0).Integer() : 0;
+}
+
+void Database::Fail(int code) {
+  if (context_.failure) throw *std::exchange(context_.failure, std::nullopt);
+  if ((code & 0xFF) == SQLITE_CONSTRAINT) {
+    throw ConstraintViolation{code, sqlite3_errmsg(handle_.get())};
+  }
+  throw FailureOf(code);
+}
+
+DatabaseFailure Database::FailureOf(int code) {
+  const char* message = handle_ ? sqlite3_errmsg(handle_.get()) : sqlite3_errstr(code);
+  switch (code & 0xFF) {
+    case SQLITE_NOMEM:
+      throw std::bad_alloc();
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      return DatabaseFailure(kTimeoutFailure, kLibrarySource,
+                             u"the database is locked by another connection: time-out expired");
+    case SQLITE_CANTOPEN:
+      return FileFailure(u"the database file cannot be opened", path_);
+    case SQLITE_NOTADB:
+      return FileFailure(u"this is no database file", path_);
+    case SQLITE_CORRUPT:
+      return FileFailure(u"the database file is damaged", path_);
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+      return FileFailure(u"the database file may not be written", path_);
+    case SQLITE_FULL:
+      return FileFailure(u"the disk is full", path_);
+    case SQLITE_IOERR:
+      return FileFailure(u"the database file cannot be read or written", path_);
+    case SQLITE_TOOBIG:
+      return Unsupported(u"a text of more than 1,000,000,000 bytes");
+    default:
+      break;
+  }
+  const std::string_view words(message);
+  // SQLite's own limits on how deep its parser and its expressions go.
+  if (words.find("parser stack overflow") != words.npos ||
+      words.find("Expression tree is too large") != words.npos) {
+    return NestedTooDeeply();
+  }
+  return DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
+                         u"the embedded database failed: " + FromUtf8(words));
+}
+
+Transaction::~Transaction() {
+  if (!open_ || !database_.InTransaction()) return;
+  // A failure here leaves what SQLite has rolled back by itself.
+  sqlite3_exec(database_.Get(), nested_ ? "ROLLBACK TO step; RELEASE step" : "ROLLBACK", nullptr,
+               nullptr, nullptr);
+}
+
+void Transaction::Commit() {
+  database_.Execute(nested_ ? "RELEASE step" : "COMMIT");
+  open_ = false;
+}
+
+std::string QuotedName(TextView name) {
+  std::string quoted = "\"";
+  AppendUtf8(quoted, ReplaceAll(name, u"\"", u"\"\""));
+  quoted += '"';
+  return quoted;
+}
+
+}  // namespace vellum250::database::embedded
