@@ -41,8 +41,6 @@ void Run(Database& database, const std::string& sql, const std::vector<Value>& v
 
 Value TextOrNull(TextView text) { return text.empty() ? Value() : Value(ToUtf8(text)); }
 
-std::string SchemaOf(const ObjectInfo& object) { return object.temporary ? "temp." : "main."; }
-
 struct SystemView {
   TextView schema;
   TextView name;
@@ -249,7 +247,7 @@ void Catalog::CountChange(bool temporary) {
 }
 
 void Catalog::Add(const ObjectInfo& object) {
-  const std::string schema = SchemaOf(object);
+  const std::string schema = object.Schema();
   Run(database_, "INSERT INTO " + schema + "vellum250_object (name, kind, definition) VALUES (?, ?, ?)",
       {ToUtf8(object.name), static_cast<int64_t>(object.kind), TextOrNull(object.definition)});
   const int64_t id = sqlite3_last_insert_rowid(database_.Get());
@@ -284,7 +282,7 @@ void Catalog::Add(const ObjectInfo& object) {
 
 void Catalog::AddConstraint(const ObjectInfo& object, const ConstraintInfo& constraint) {
   Run(database_,
-      "INSERT INTO " + SchemaOf(object) +
+      "INSERT INTO " + object.Schema() +
           "vellum250_constraint (object_id, name, kind, columns, parent, parent_columns)"
           " VALUES (?, ?, ?, ?, ?, ?)",
       {object.id, ToUtf8(constraint.name), static_cast<int64_t>(constraint.kind),
@@ -295,7 +293,7 @@ void Catalog::AddConstraint(const ObjectInfo& object, const ConstraintInfo& cons
 
 void Catalog::RemoveConstraint(const ObjectInfo& object, TextView constraint) {
   Run(database_,
-      "DELETE FROM " + SchemaOf(object) + "vellum250_constraint WHERE object_id = ? AND name = ?",
+      "DELETE FROM " + object.Schema() + "vellum250_constraint WHERE object_id = ? AND name = ?",
       {object.id, ToUtf8(constraint)});
   CountChange(object.temporary);
 }
@@ -303,7 +301,7 @@ void Catalog::RemoveConstraint(const ObjectInfo& object, TextView constraint) {
 void Catalog::Remove(const ObjectInfo& object) {
   for (const char* table : {"vellum250_constraint WHERE object_id", "vellum250_column WHERE object_id",
                             "vellum250_object WHERE id"}) {
-    Run(database_, "DELETE FROM " + SchemaOf(object) + table + " = ?", {object.id});
+    Run(database_, "DELETE FROM " + object.Schema() + table + " = ?", {object.id});
   }
   CountChange(object.temporary);
 }

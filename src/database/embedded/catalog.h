@@ -42,6 +42,8 @@ struct ObjectInfo {
   std::vector<ConstraintInfo> constraints;
   std::string sqlName;  // quoted, with the schema
 
+  // SQLite's, with the dot.
+  std::string Schema() const { return temporary ? "temp." : "main."; }
   const ColumnInfo* Find(TextView column) const;
   const ColumnInfo* Identity() const;
   const ConstraintInfo* PrimaryKey() const;

@@ -68,7 +68,7 @@ class TableMaker {
     table_.temporary = statement_.table.starts_with(u'#');
     if (table_.temporary) catalog_.PrepareTemporary();
     Transaction transaction(database_);
-    table_.sqlName = (table_.temporary ? "temp." : "main.") + QuotedName(table_.name);
+    table_.sqlName = table_.Schema() + QuotedName(table_.name);
     for (const ColumnDefinition& column : statement_.columns) AddColumn(column);
     for (const ConstraintDefinition& constraint : statement_.constraints) Prepare(constraint);
     database_.Execute(Sql());
@@ -85,7 +85,7 @@ class TableMaker {
 
   static void MakeUniqueIndex(Database& database, const ObjectInfo& table, TextView name,
                               const std::vector<Text>& columns) {
-    const std::string schema = table.temporary ? "temp." : "";
+    const std::string schema = table.Schema();
     database.Execute("CREATE UNIQUE INDEX " + schema + QuotedName(name) + " ON " +
                      QuotedName(table.name) + " (" + QuotedList(columns) + ")");
     // NULL equals NULL here, which an SQLite index does not think.
@@ -252,9 +252,7 @@ class TableMaker {
     const ColumnInfo* identity = table_.Identity();
     if (identity == nullptr) return;
     Prepared insert = database_.Prepare(
-        std::string("INSERT INTO ") + (table_.temporary ? "temp" : "main") +
-            ".sqlite_sequence (name, seq) VALUES (?, ?)",
-        false);
+        "INSERT INTO " + table_.Schema() + "sqlite_sequence (name, seq) VALUES (?, ?)", false);
     const Value name = ToUtf8(table_.name);
     insert.Bind(1, name);
     insert.Bind(2, identity->seed - identity->increment);
@@ -285,9 +283,9 @@ void CheckDroppable(const Catalog& catalog, const ObjectInfo& table) {
 void DropIndex(Database& database, Catalog& catalog, const DropStatement& statement) {
   const ObjectPtr table = RequireTable(catalog, statement.table);
   for (const Text& name : statement.names) {
-    const std::string schema = table->temporary ? "temp" : "main";
+    const std::string schema = table->Schema();
     Prepared find = database.Prepare("SELECT count(*) FROM " + schema +
-                                         ".sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
+                                         "sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
                                          "NOCASE AND tbl_name = ?2 COLLATE NOCASE",
                                      false);
     const Value index = ToUtf8(name);
@@ -308,8 +306,8 @@ void DropIndex(Database& database, Catalog& catalog, const DropStatement& statem
       }
     }
     Transaction transaction(database);
-    database.Execute("DROP INDEX " + schema + "." + QuotedName(name));
-    database.Execute("DROP INDEX IF EXISTS " + schema + "." + QuotedName(name + u" NULL"));
+    database.Execute("DROP INDEX " + schema + QuotedName(name));
+    database.Execute("DROP INDEX IF EXISTS " + schema + QuotedName(name + u" NULL"));
     catalog.RemoveConstraint(*table, name);
     transaction.Commit();
     catalog.Reload();
@@ -345,7 +343,7 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
         if (i > 0) keys += ", ";
         keys += QuotedName(statement.columns[i]) + (statement.descending[i] ? " DESC" : "");
       }
-      database.Execute("CREATE INDEX " + std::string(table->temporary ? "temp." : "") +
+      database.Execute("CREATE INDEX " + table->Schema() +
                        QuotedName(statement.index) + " ON " + QuotedName(table->name) + " (" + keys +
                        ")");
     }

@@ -130,8 +130,8 @@ void Session::UseUpKey(const ObjectInfo& table) {
   const ColumnInfo* identity = table.Identity();
   if (identity == nullptr) return;
   Prepared update = database_.Prepare(
-      std::string("UPDATE ") + (table.temporary ? "temp" : "main") +
-          ".sqlite_sequence SET seq = seq + ?1 WHERE name = ?2 RETURNING seq",
+      "UPDATE " + table.Schema() +
+          "sqlite_sequence SET seq = seq + ?1 WHERE name = ?2 RETURNING seq",
       false);
   const Value name = ToUtf8(table.name);
   update.Bind(1, identity->increment);
@@ -146,10 +146,10 @@ void Session::UseUpKey(const ObjectInfo& table) {
 
 int64_t Session::NextKey(bool temporary, const std::string& table, int64_t increment) {
   if (!nextKey_) {
-    Prepared select = database_.Prepare(std::string("SELECT seq FROM ") +
-                                            (temporary ? "temp" : "main") +
-                                            ".sqlite_sequence WHERE name = ?",
-                                        false);
+    Prepared select = database_.Prepare(
+        temporary ? "SELECT seq FROM temp.sqlite_sequence WHERE name = ?"
+                  : "SELECT seq FROM main.sqlite_sequence WHERE name = ?",
+        false);
     const Value name = table;
     select.Bind(1, name);
     nextKey_ = select.Step(database_) ? select.Column(0).Integer() : 0;
