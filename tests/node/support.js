@@ -3,6 +3,8 @@
 // What the tests of the addon share.
 
 const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const os = require('node:os');
 const path = require('node:path');
 const v8 = require('node:v8');
 const vm = require('node:vm');
@@ -10,6 +12,9 @@ const vm = require('node:vm');
 const folder = process.env.VELLUM250_ADDON
   ? path.dirname(path.resolve(process.env.VELLUM250_ADDON))
   : path.join(__dirname, '..', '..', 'build', 'native', 'bindings', 'node');
+
+/** The addon as pages load it. */
+const addon = path.join(__dirname, '..', '..', 'bindings', 'node');
 
 /** The addon with the class vellum250.probe, a member for every kind of value. */
 const probeAddon = path.join(folder, 'vellum250_probe.node');
@@ -53,4 +58,23 @@ async function collectUntil(done) {
   assert.ok(done(), 'still held after 20 collections');
 }
 
-module.exports = { assertFails, collectUntil, failureOf, probeAddon };
+/** The connection string of a new, empty embedded database, removed when test `t` ends. */
+function newDatabase(t) {
+  const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vellum250-'));
+  t.after(() => fs.rmSync(folder, { recursive: true, force: true }));
+  return `Driver=Vellum250;Database={${path.join(folder, 'test.db')}};Create=yes;`;
+}
+
+/** Runs the reference scripts of the contact tables, with or without the sample data. */
+function loadReference(connection, sample) {
+  const scripts = path.join(__dirname, '..', '..', 'database');
+  for (const name of fs.readdirSync(scripts).sort()) {
+    if (!name.endsWith('.sql') || (name.includes('-sample-') && !sample)) continue;
+    const text = fs.readFileSync(path.join(scripts, name), 'utf8');
+    for (const batch of text.split(/^\s*GO\s*$/im)) {
+      if (batch.trim()) connection.batch(batch);
+    }
+  }
+}
+
+module.exports = { addon, assertFails, collectUntil, failureOf, loadReference, newDatabase, probeAddon };
