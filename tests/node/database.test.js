@@ -11,7 +11,7 @@ test('values go through parameters and columns', (t) => {
   const connection = open(newDatabase(t));
   connection.batch(
     `CREATE TABLE kinds (ref int IDENTITY PRIMARY KEY, t tinyint, s smallint, i int, b bigint,
-       d decimal(20, 4), m money, f float, x bit, w datetime, v varchar(50), n nvarchar(max))`
+       d decimal(18, 2), m money, f float, x bit, w datetime, v varchar(50), n nvarchar(max))`
   );
   const when = new Date(2026, 10, 22, 23, 59, 58);
   const rows = [
@@ -28,7 +28,7 @@ test('values go through parameters and columns', (t) => {
   const read = connection.query('SELECT t, s, i, b, d, m, f, x, w, v, n FROM kinds ORDER BY ref');
   assert.deepEqual(read.map((row) => Object.keys(row).join('')), Array(3).fill('tsibdmfxwvn'));
   assert.deepEqual(Object.values(read[0]), [255, -32768, 2147483647, '9007199254740993',
-    '1234567890123456.0000', 12, 0.1, true, when, "O'Neil", '漢字 😀']);
+    '1234567890123456.00', 12, 0.1, true, when, "O'Neil", '漢字 😀']);
   assert.deepEqual(Object.values(read[1]), rows[1]);
   assert.deepEqual(Object.values(read[2]).slice(7), rows[2].slice(7));
 });
@@ -109,7 +109,7 @@ test('what is no statement, no parameter or no open connection is told', (t) => 
     [() => new connection.constructor().query('SELECT 1'), 3704],
   ];
   for (const [action, number, words] of cases) assertFails(action, number, words);
-  for (const parameters of [[], [1, 2]]) failureOf(() => connection.query('SELECT ? AS a', parameters));
+  for (const none of [undefined, []]) failureOf(() => connection.query('SELECT ? AS a', none));
   assert.throws(() => connection.query.call({}, 'SELECT 1'), TypeError);
   assert.deepEqual(connection.query('SELECT ? AS a', [1]), [{ a: 1 }]);
   connection.close();
