@@ -22,8 +22,7 @@ void Write(std::FILE* file, std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), file);
 }
 
-// What a source is called in messages. A connection string that was taken for a script must not
-// show its password.
+// What a source is called in messages.
 std::string NameOf(const Source& source) {
   switch (source.kind) {
     case Source::Kind::StandardInput:
@@ -33,7 +32,9 @@ std::string NameOf(const Source& source) {
     case Source::Kind::File:
       break;
   }
-  return ToUtf8(database::WithoutPasswords(FromUtf8(source.text)));
+  // It may be a connection string that was taken for a script.
+  const bool isPath = source.text.find('=') == std::string::npos;
+  return isPath ? source.text : ToUtf8(database::WithoutPasswords(FromUtf8(source.text)));
 }
 
 std::string ReadAll(std::FILE* file) {
@@ -93,7 +94,7 @@ class Runner {
         batches = SplitBatches(script);
       }
       for (size_t i = 0; i < batches.size() && !outcome.failure; ++i) {
-        RunBatch(batches[i], outcome);
+        RunBatch(NameOf(source), batches[i], outcome);
       }
     } catch (const DatabaseFailure& failure) {
       outcome.failure = failure;
@@ -110,13 +111,13 @@ class Runner {
     return Connection::Open(FromUtf8(create + options_.connection));
   }
 
-  void RunBatch(const ScriptBatch& script, Outcome& outcome) {
+  void RunBatch(const std::string& name, const ScriptBatch& script, Outcome& outcome) {
     const auto start = std::chrono::steady_clock::now();
     Batch batch = connection_->Run(script.sql);
     if (options_.timing) {
       const std::chrono::duration<double, std::milli> time =
           std::chrono::steady_clock::now() - start;
-      std::fprintf(errors_, "line %d: %.3f ms\n", script.firstLine, time.count());
+      std::fprintf(errors_, "%s:%d: %.3f ms\n", name.c_str(), script.firstLine, time.count());
     }
     outcome.rowCounts.insert(outcome.rowCounts.end(), batch.rowCounts.begin(),
                              batch.rowCounts.end());
@@ -143,7 +144,8 @@ class Runner {
   }
 
   void Tell(const std::string& name, const Outcome& outcome) {
-    std::string text = name + ":";
+    // Without a connection it is none of the script's doing.
+    std::string text = (connection_ ? name : "vellum250-sql") + ":";
     if (outcome.line > 0) text += std::to_string(outcome.line) + ":";
     if (outcome.number != 0) text += " message " + std::to_string(outcome.number) + ":";
     text += " " + ToUtf8(outcome.failure->Description()) + "\n";
