@@ -1,6 +1,6 @@
 ﻿-- Sample data of a small professional body, everything invented: nobody lives in these places, the
 -- postcodes cannot be given out, telephone numbers are from the ranges kept for fiction.
--- The file is UTF-8 with a byte order mark, which SQL Server's tools need to read its accents.
+-- The file is UTF-8 with a byte order mark; sqlcmd wants -f 65001 to read its accents.
 
 -- 41 member, 42 applicant, 43 retired, 44 lapsed; 51 full, 52 associate, 53 student, 54 honorary.
 SET IDENTITY_INSERT individual ON

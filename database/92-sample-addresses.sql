@@ -1,6 +1,6 @@
 ﻿-- Sample data of a small professional body, everything invented: nobody lives in these places, the
 -- postcodes cannot be given out, telephone numbers are from the ranges kept for fiction.
--- The file is UTF-8 with a byte order mark, which SQL Server's tools need to read its accents.
+-- The file is UTF-8 with a byte order mark; sqlcmd wants -f 65001 to read its accents.
 
 SET IDENTITY_INSERT location ON
 INSERT INTO location (location_ref, display_name, address1, address2, address3, town, county,
