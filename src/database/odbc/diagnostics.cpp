@@ -29,8 +29,7 @@ std::optional<Record> ReadRecord(SQLSMALLINT handleType, SQLHANDLE handle, SQLSM
     if (length < room || attempt > 0) break;
     record.message.resize(static_cast<size_t>(length) + 1);
   }
-  // Not by the length: behind a driver with narrow entry points it counts bytes.
-  record.message.resize(std::min(record.message.find(u'\0'), record.message.size()));
+  record.message.resize(UpToZero(record.message).size());
   record.state.assign(state.data(), SQL_SQLSTATE_SIZE);
   return record;
 }

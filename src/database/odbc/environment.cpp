@@ -43,7 +43,7 @@ std::vector<Text> InstalledDrivers() {
                     nullptr, 0, &attributesLength);
     if (result == SQL_NO_DATA) return drivers;
     if (!SQL_SUCCEEDED(result)) throw FailureOf(SQL_HANDLE_ENV, Environment(), {});
-    drivers.emplace_back(name.data());
+    drivers.emplace_back(UpToZero({name.data(), name.size()}));
     direction = SQL_FETCH_NEXT;
   }
 }

@@ -20,6 +20,10 @@ inline SQLWCHAR* Wide(char16_t* text) { return reinterpret_cast<SQLWCHAR*>(text)
 // For texts that ODBC reads only, though it does not say so.
 inline SQLWCHAR* Wide(const char16_t* text) { return Wide(const_cast<char16_t*>(text)); }
 
+// What a call has written into a buffer. Not by the length it tells: behind a driver with narrow
+// entry points that counts bytes.
+inline TextView UpToZero(TextView buffer) { return buffer.substr(0, buffer.find(u'\0')); }
+
 inline SQLPOINTER AttributeValue(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
 
 // An allocated handle, freed at the end; none when the allocation failed.

@@ -43,7 +43,7 @@ bool Link::IsSqlServer() const {
   SQLSMALLINT bytes = 0;
   return SQL_SUCCEEDED(SQLGetInfoW(handle_.get(), SQL_DBMS_NAME, name.data(),
                                    SQLSMALLINT{sizeof(name)}, &bytes)) &&
-         TextView(name.data()).find(u"SQL Server") != TextView::npos;
+         UpToZero({name.data(), name.size()}).find(u"SQL Server") != TextView::npos;
 }
 
 void Link::RollBack() noexcept {
@@ -51,14 +51,26 @@ void Link::RollBack() noexcept {
   SQLEndTran(SQL_HANDLE_DBC, handle_.get(), SQL_ROLLBACK);
   const TextView sql =
       IsSqlServer() ? TextView(u"IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION") : TextView(u"ROLLBACK");
-  const Handle<SQL_HANDLE_STMT> statement(handle_.get());
-  if (!statement) return;
-  SQLExecDirectW(statement.get(), Wide(sql.data()), static_cast<SQLINTEGER>(sql.size()));
+  constexpr SQLULEN kTimeout = 30;
+  try {
+    const Statement statement(*this, kTimeout);
+    statement.Check(
+        SQLExecDirectW(statement.get(), Wide(sql.data()), static_cast<SQLINTEGER>(sql.size())));
+  } catch (const DatabaseFailure&) {
+    // Most often there was nothing to take back.
+  }
 }
 
 Statement::Statement(const Link& link, SQLULEN timeout) : link_(link), handle_(link.get()) {
   if (!handle_) throw FailureOf(SQL_HANDLE_DBC, link.get(), link.Passwords());
   SQLSetStmtAttrW(handle_.get(), SQL_ATTR_QUERY_TIMEOUT, AttributeValue(timeout), SQL_IS_UINTEGER);
+}
+
+void Statement::Raise(SQLRETURN result) const {
+  const DatabaseFailure failure = FailureOf(SQL_HANDLE_STMT, handle_.get(), link_.Passwords());
+  // A statement that waits for data, which nothing here sends, could not be freed.
+  if (result == SQL_NEED_DATA) SQLCancel(handle_.get());
+  throw failure;
 }
 
 }  // namespace vellum250::database::odbc

@@ -44,13 +44,12 @@ class Statement {
   SQLHANDLE get() const { return handle_.get(); }
   // Raises the failure of a call on this statement.
   void Check(SQLRETURN result) const {
-    if (!SQL_SUCCEEDED(result)) throw LastFailure();
-  }
-  DatabaseFailure LastFailure() const {
-    return FailureOf(SQL_HANDLE_STMT, handle_.get(), link_.Passwords());
+    if (!SQL_SUCCEEDED(result)) Raise(result);
   }
 
  private:
+  [[noreturn]] void Raise(SQLRETURN result) const;
+
   const Link& link_;
   Handle<SQL_HANDLE_STMT> handle_;
 };

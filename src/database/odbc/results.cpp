@@ -15,7 +15,7 @@ Text TypeName(const Statement& statement, SQLUSMALLINT number) {
   SQLSMALLINT bytes = 0;
   statement.Check(SQLColAttributeW(statement.get(), number, SQL_DESC_TYPE_NAME, name.data(),
                                    SQLSMALLINT{sizeof(name)}, &bytes, nullptr));
-  return Text(name.data());
+  return Text(UpToZero({name.data(), name.size()}));
 }
 
 Column DescribeColumn(const Statement& statement, SQLUSMALLINT number) {
@@ -33,8 +33,7 @@ Column DescribeColumn(const Statement& statement, SQLUSMALLINT number) {
     if (nameLength < static_cast<SQLSMALLINT>(column.name.size())) break;
     column.name.resize(static_cast<size_t>(nameLength) + 1);
   }
-  // Not by the length: behind a driver with narrow entry points it counts bytes.
-  column.name.resize(std::min(column.name.find(u'\0'), column.name.size()));
+  column.name.resize(UpToZero(column.name).size());
 
   const bool mayBeMoney = odbcType == SQL_DECIMAL || odbcType == SQL_NUMERIC;
   column.type = TypeOfColumn(odbcType, size, mayBeMoney ? TypeName(statement, number) : Text());
