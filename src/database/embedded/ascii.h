@@ -26,11 +26,12 @@ inline void PutDigits(char* out, int32_t number, int32_t digits) {
   }
 }
 
-// The number that `count` digits from `begin` make; what is behind the end does not count.
+// The number that `count` digits from `begin` make; what is behind the end does not count, what is
+// no digit is 0.
 inline int32_t GetDigits(std::string_view text, size_t begin, size_t count) {
   int32_t number = 0;
   for (size_t i = begin; i < begin + count && i < text.size(); ++i) {
-    number = number * 10 + (text[i] - '0');
+    number = number * 10 + (IsAsciiDigit(text[i]) ? text[i] - '0' : 0);
   }
   return number;
 }
