@@ -1,0 +1,149 @@
+// Writes the material, lets the core and the peers work on it in turn, compares what they
+// produced, and prints ratios of the medians of several rounds.
+
+import { execFileSync } from 'node:child_process';
+import fs from 'node:fs';
+import path from 'node:path';
+import { createRequire } from 'node:module';
+import { fileURLToPath } from 'node:url';
+import { encodePeers, formPeers } from './peers/peers.mjs';
+
+const here = path.dirname(fileURLToPath(import.meta.url));
+const build = path.join(here, '..', 'build', process.env.VELLUM250_BUILD ?? 'release');
+const folder = path.join(build, 'benchmarks', 'material');
+const rounds = 5;
+
+const form = JSON.parse(fs.readFileSync(path.join(here, 'form.json'), 'utf8'));
+
+// 1,024 characters, the given share of them in need of encoding.
+function makeText(percent) {
+  let seed = 250;
+  const random = (below) => (seed = (seed * 1103515245 + 12345) % 2147483648) % below;
+  const plain = 'abcdefghijklmnopqrstuvwxyz ABCDEFGHIJKLMNOPQRSTUVWXYZ 0123456789.,';
+  let text = '';
+  while (text.length < 1024) {
+    const special = (text.length * percent) % 100 < percent;
+    text += special ? '&<>"'[random(4)] : plain[random(plain.length)];
+  }
+  return text;
+}
+
+function prepare() {
+  fs.rmSync(folder, { recursive: true, force: true });
+  fs.mkdirSync(folder, { recursive: true });
+  for (const percent of [0, 5, 50]) {
+    fs.writeFileSync(path.join(folder, `${percent}.txt`), makeText(percent));
+  }
+  fs.writeFileSync(path.join(folder, 'form.json'), JSON.stringify(form));
+  execFileSync(path.join(here, '..', 'scripts', 'demo-database'), [path.join(folder, 'members.db')], {
+    env: { ...process.env, VELLUM250_SQL: path.join(build, 'tools', 'vellum250-sql', 'vellum250-sql') },
+    stdio: 'inherit',
+  });
+}
+
+// Nanoseconds for one call of each of the core's benchmarks.
+function measureCore() {
+  const output = execFileSync(
+    path.join(build, 'benchmarks', 'bench_core'),
+    [folder, '--benchmark_format=json', '--benchmark_min_time=0.2'],
+    { encoding: 'utf8', stdio: ['ignore', 'pipe', 'ignore'] },
+  );
+  return Object.fromEntries(
+    JSON.parse(output).benchmarks.map((b) => [b.name.replace('/real_time', ''), b.real_time]),
+  );
+}
+
+// Nanoseconds for one call of `body`, warmed up, best of several batches of some 20 ms.
+function measure(body) {
+  let calls = 16;
+  let sink = 0;
+  const batch = () => {
+    const start = process.hrtime.bigint();
+    for (let i = 0; i < calls; i += 1) sink += body().length;
+    return Number(process.hrtime.bigint() - start);
+  };
+  while (batch() < 20e6) calls *= 2;
+  let best = Infinity;
+  for (let i = 0; i < 7; i += 1) best = Math.min(best, batch() / calls);
+  if (sink === 0) throw new Error('nothing was rendered');
+  return best;
+}
+
+function addonForm() {
+  const { createObject } = createRequire(import.meta.url)('../bindings/node');
+  const address = createObject('vellum250.address');
+  const texts = new Map(
+    Object.entries(form.texts).map(([label, text]) => [`General${label}${form.textId}`, text]),
+  );
+  for (let i = 0; i < form.otherTexts; i += 1) texts.set(`OtherLabel${i}${form.textId}`, 'another text');
+  address.TextID(form.textId);
+  address.appDictShowText(texts);
+  address.appDictWebConfig(new Map(Object.entries(form.settings)));
+  const [display, differentiator, add1, add2, add3, town, county, postcode, country] = form.fields;
+  return () =>
+    address.BuildAddress(form.details, form.mandatory, display, differentiator, add1, add2, add3,
+      town, county, postcode, country, '', 0, '', form.main, true, form.entityType, form.sysRef,
+      form.locRef, form.pafPrefix, form.comments);
+}
+
+function demandEqual(what, ours, theirs) {
+  if (ours === theirs) return;
+  let at = 0;
+  while (ours[at] === theirs[at]) at += 1;
+  throw new Error(`${what} differs at ${at}:\n${ours.slice(at - 40, at + 80)}\n---\n${theirs.slice(at - 40, at + 80)}`);
+}
+
+const median = (values) => values.toSorted((a, b) => a - b)[Math.floor(values.length / 2)];
+
+function main() {
+  prepare();
+  const read = (name) => fs.readFileSync(path.join(folder, name), 'utf8');
+  measureCore();
+  const bodies = new Map();
+  for (const percent of [0, 5, 50]) {
+    const text = read(`${percent}.txt`);
+    for (const [name, encode] of Object.entries(encodePeers)) {
+      demandEqual(`${name} at ${percent} %`, read(`${percent}.encoded`), encode(text));
+      bodies.set(`${name}/${percent}`, () => encode(text));
+    }
+  }
+  const addon = addonForm();
+  addon();
+  demandEqual('the addon', read('form.html'), addon());
+  bodies.set('addon', addon);
+  for (const [name, render] of Object.entries(formPeers(form))) {
+    demandEqual(name, read('form.html'), render());
+    bodies.set(name, render);
+  }
+
+  const times = new Map();
+  const note = (name, value) => times.set(name, [...(times.get(name) ?? []), value]);
+  for (let round = 0; round < rounds; round += 1) {
+    for (const [name, value] of Object.entries(measureCore())) note(name, value);
+    for (const [name, body] of bodies) note(name, measure(body));
+  }
+  const t = (name) => median(times.get(name));
+  const line = (what, value, target) =>
+    console.log(`${what.padEnd(62)} ${value.toFixed(2).padStart(8)}   ${target}`);
+
+  console.log('What is measured, equal output checked first'.padEnd(62), '   ratio   target');
+  for (const percent of [0, 5, 50]) {
+    const ours = `HtmlEncode/${percent}`;
+    for (const name of Object.keys(encodePeers)) {
+      line(`HtmlEncode, ${percent} % specials: ${name} / ours`, t(`${name}/${percent}`) / t(ours),
+        percent === 5 && name === 'escape-html' ? 'at least 5' : '');
+    }
+    line(`HtmlEncode, ${percent} % specials: memcpy's time / ours`, t(`memcpy/${percent}`) / t(ours),
+      percent === 0 ? 'at least 0.33' : '');
+  }
+  const peers = Object.keys(formPeers(form));
+  for (const name of peers) line(`BuildAddress: ${name} / core`, t(name) / t('BuildAddress'), '');
+  const fastest = Math.min(...peers.map(t));
+  line('BuildAddress: fastest template / core', fastest / t('BuildAddress'), 'at least 10');
+  line('BuildAddress: fastest template / addon', fastest / t('addon'), 'at least 1');
+  line('AmmendLocation that updates: ours / same statements in SQLite', t('AmmendLocation') / t('SQLite'), 'at most 2');
+  console.log('\nNanoseconds a call, median of', rounds, 'rounds (for orientation only):');
+  for (const [name, values] of times) console.log(' ', name.padEnd(24), median(values).toFixed(0).padStart(10));
+}
+
+main();
