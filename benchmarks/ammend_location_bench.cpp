@@ -40,11 +40,29 @@ class Amender {
   }
 
   void Amend() {
-    const Variant result = Call(
-        u"AmmendLocation",
-        {u"INDIVIDUAL", individual_, link_, u"", u"Home", u"1 Harbour View", u"", u"",
-         kTowns[++count_ % 2], u"North Yorkshire", u"YO22 4DE", u"", 1, u"Y", type_,
-         u"Add1,Address:|", false, false, 0, 0, 0, 0, u"Ring the bell"});
+    const Variant result = Call(u"AmmendLocation", {u"INDIVIDUAL",
+                                                    individual_,
+                                                    link_,
+                                                    u"",
+                                                    u"Home",
+                                                    u"1 Harbour View",
+                                                    u"",
+                                                    u"",
+                                                    kTowns[++count_ % 2],
+                                                    u"North Yorkshire",
+                                                    u"YO22 4DE",
+                                                    u"",
+                                                    1,
+                                                    u"Y",
+                                                    type_,
+                                                    u"Add1,Address:|",
+                                                    false,
+                                                    false,
+                                                    0,
+                                                    0,
+                                                    0,
+                                                    0,
+                                                    u"Ring the bell"});
     if (result != link_) throw std::runtime_error("AmmendLocation did not update");
   }
 
@@ -101,7 +119,8 @@ class PlainSqlite {
     const std::string town = ToUtf8(kTowns[++count_ % 2]);
     Run("SELECT count(*) FROM individual_loc WHERE main_location = 'Y' AND individual_ref = 7");
     Run("SELECT l.location_ref, ifNull(ll.Differentiator, '') AS differentiator,"
-        " ifNull(l.display_name, '') AS display_name, ifNull(ll.main_location, '') AS main_location,"
+        " ifNull(l.display_name, '') AS display_name, ifNull(ll.main_location, '') AS "
+        "main_location,"
         " ifNull(ll.type, 0) AS type, ifNull(l.address1, '') AS address1,"
         " ifNull(l.address2, '') AS address2, ifNull(l.address3, '') AS address3,"
         " ifNull(l.town, '') AS town, ifNull(l.county, '') AS county,"
@@ -113,8 +132,11 @@ class PlainSqlite {
     Run("SELECT count(*) FROM individual_loc WHERE ind_loc_ref = 7 AND edit_link = 0");
     Run("SELECT individual_ref FROM individual_loc WHERE ind_loc_ref = 7");
     Run("SELECT lookup_full_desc FROM lookup WHERE lookup_ref = 1");
-    Run("UPDATE location SET display_name = '1 Harbour View, " + town + ", NORTH YORKSHIRE',"
-        " address1 = '1 Harbour View', address2 = null, address3 = null, town = '" + town + "',"
+    Run("UPDATE location SET display_name = '1 Harbour View, " + town +
+        ", NORTH YORKSHIRE',"
+        " address1 = '1 Harbour View', address2 = null, address3 = null, town = '" +
+        town +
+        "',"
         " county = 'North Yorkshire', postcode = 'YO22 4DE', country = 'Country 1',"
         " country_ref = 1, region1 = null, region2 = null WHERE location_ref = 7");
     Run("UPDATE individual_loc SET main_location = NULL WHERE individual_ref = 7");

@@ -52,9 +52,7 @@ struct Form {
   void Set(TextView member, Variant value) {
     address->Invoke(member, InvokeKind::Method, Arguments(&value, 1));
   }
-  Variant Render() {
-    return address->Invoke(u"BuildAddress", InvokeKind::Method, arguments);
-  }
+  Variant Render() { return address->Invoke(u"BuildAddress", InvokeKind::Method, arguments); }
 };
 
 void BuildAddress(benchmark::State& state, Form* form) {

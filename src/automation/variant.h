@@ -71,6 +71,8 @@ class Variant {
   Variant(TextView value) : value_(Text(value)) {}
   Variant(const char16_t* value) : value_(Text(value)) {}
   Variant(ObjectRef value) : value_(std::move(value)) {}
+  template <typename T>
+  Variant(const Ref<T>& object) : value_(ObjectRef(object)) {}
   // No silent conversion from pointers, wide integers or characters.
   template <typename T>
   Variant(T) = delete;
