@@ -161,15 +161,22 @@ constexpr bool kIsOptional<std::optional<T>> = true;
 // Rethrows the failure in flight with the member's and the parameter's name in its description.
 [[noreturn]] void RaiseForParameter(const MemberInfo& member, size_t index);
 
-// The argument at `index` as a parameter of type T; its default when it was left out.
+inline bool IsGiven(Arguments arguments, size_t index) {
+  return index < arguments.size() && !arguments[index].IsMissing();
+}
+
+// The argument at `index`, or the parameter's default when it was left out.
+inline const Variant& Given(const MemberInfo& member, Arguments arguments, size_t index) {
+  return IsGiven(arguments, index) ? arguments[index] : member.parameters[index].defaultValue;
+}
+
 template <typename T>
 T Fetch(const MemberInfo& member, Arguments arguments, size_t index) {
-  const bool given = index < arguments.size() && !arguments[index].IsMissing();
   if constexpr (kIsOptional<T>) {
-    if (!given) return std::nullopt;
+    if (!IsGiven(arguments, index)) return std::nullopt;
     return Fetch<typename T::value_type>(member, arguments, index);
   } else {
-    const Variant& value = given ? arguments[index] : member.parameters[index].defaultValue;
+    const Variant& value = Given(member, arguments, index);
     // Empty is the zero value of every type, "no object" among them.
     if (value.IsEmpty()) return T{};
     try {
@@ -179,6 +186,38 @@ T Fetch(const MemberInfo& member, Arguments arguments, size_t index) {
     }
   }
 }
+
+// What a member function's parameter is bound to during the call.
+template <typename P>
+class Bound {
+ public:
+  using Value = std::remove_cvref_t<P>;
+  void Bind(const MemberInfo& member, Arguments arguments, size_t index) {
+    value_ = Fetch<Value>(member, arguments, index);
+  }
+  Value& Get() { return value_; }
+
+ private:
+  Value value_{};
+};
+
+// A text that is not changed is the argument's own whenever that holds one: pages pass twenty.
+template <>
+class Bound<const Text&> {
+ public:
+  using Value = Text;
+  void Bind(const MemberInfo& member, Arguments arguments, size_t index) {
+    text_ = Given(member, arguments, index).If<Text>();
+    if (text_ != nullptr) return;
+    converted_ = Fetch<Text>(member, arguments, index);
+    text_ = &converted_;
+  }
+  const Text& Get() const { return *text_; }
+
+ private:
+  Text converted_;
+  const Text* text_ = nullptr;
+};
 
 template <typename T>
 Variant ToVariant(T&& value) {
@@ -203,9 +242,7 @@ template <typename Function>
 struct Signature;
 template <typename C, typename R, typename... P>
 struct Signature<R (C::*)(P...)> {
-  using Class = C;
   using Result = R;
-  using Values = std::tuple<std::remove_cvref_t<P>...>;
   static constexpr size_t kCount = sizeof...(P);
 
   static void Complete(std::vector<ParameterInfo>& parameters) {
@@ -214,23 +251,41 @@ struct Signature<R (C::*)(P...)> {
       parameters[index].passing = PassingOf<P>(), ++index),
      ...);
   }
-  // Writes the by-reference parameters that the caller gave back into the arguments.
-  static void WriteBack(Values& values, Arguments arguments) {
-    [&]<size_t... I>(std::index_sequence<I...>) {
-      (WriteBackOne<P>(std::get<I>(values), arguments, I), ...);
-    }
-    (std::index_sequence_for<P...>{});
-  }
 
- private:
-  template <typename Q, typename V>
-  static void WriteBackOne(V& value, Arguments arguments, size_t index) {
-    if constexpr (PassingOf<Q>() == Passing::ByReference) {
-      if (index < arguments.size() && !arguments[index].IsMissing()) {
-        arguments[index] = ToVariant(std::move(value));
+  // The parameters of one call. What the caller gave by reference is written back when they go,
+  // also when the member raised.
+  class Parameters {
+   public:
+    Parameters(const MemberInfo& member, Arguments arguments) : arguments_(arguments) {
+      [&]<size_t... I>(std::index_sequence<I...>) {
+        (std::get<I>(bound_).Bind(member, arguments, I), ...);
+      }
+      (std::index_sequence_for<P...>{});
+    }
+    Parameters(const Parameters&) = delete;
+    Parameters& operator=(const Parameters&) = delete;
+    ~Parameters() {
+      [&]<size_t... I>(std::index_sequence<I...>) { (WriteBack<P>(std::get<I>(bound_), I), ...); }
+      (std::index_sequence_for<P...>{});
+    }
+
+    template <typename Call>
+    decltype(auto) Apply(Call&& call) {
+      return std::apply([&](auto&... bound) -> decltype(auto) { return call(bound.Get()...); },
+                        bound_);
+    }
+
+   private:
+    template <typename Q>
+    void WriteBack(Bound<Q>& bound, size_t index) {
+      if constexpr (PassingOf<Q>() == Passing::ByReference) {
+        if (IsGiven(arguments_, index)) arguments_[index] = ToVariant(std::move(bound.Get()));
       }
     }
-  }
+
+    Arguments arguments_;
+    std::tuple<Bound<P>...> bound_;
+  };
 };
 template <typename C, typename R, typename... P>
 struct Signature<R (C::*)(P...) const> : Signature<R (C::*)(P...)> {};
@@ -238,31 +293,16 @@ struct Signature<R (C::*)(P...) const> : Signature<R (C::*)(P...)> {};
 template <typename C, auto Function>
 Variant CallMethod(Object& object, const MemberInfo& member, InvokeKind, Arguments arguments) {
   using S = Signature<decltype(Function)>;
-  typename S::Values values;
-  [&]<size_t... I>(std::index_sequence<I...>) {
-    ((std::get<I>(values) =
-          Fetch<std::tuple_element_t<I, typename S::Values>>(member, arguments, I)),
-     ...);
-  }
-  (std::make_index_sequence<S::kCount>{});
-
-  struct WriteBackAtExit {
-    typename S::Values& values;
-    Arguments arguments;
-    ~WriteBackAtExit() { S::WriteBack(values, arguments); }
-  } writeBack{values, arguments};
-
   C& self = static_cast<C&>(object);
-  return std::apply(
-      [&](auto&... value) -> Variant {
-        if constexpr (std::is_void_v<typename S::Result>) {
-          (self.*Function)(value...);
-          return {};
-        } else {
-          return ToVariant((self.*Function)(value...));
-        }
-      },
-      values);
+  typename S::Parameters parameters(member, arguments);
+  return parameters.Apply([&](auto&... value) -> Variant {
+    if constexpr (std::is_void_v<typename S::Result>) {
+      (self.*Function)(value...);
+      return {};
+    } else {
+      return ToVariant((self.*Function)(value...));
+    }
+  });
 }
 
 template <typename C, auto Member>

@@ -1,7 +1,6 @@
 // The keyed dictionary of scripts: text keys compared binary, insertion order.
 #pragma once
 
-#include <unordered_map>
 #include <vector>
 
 #include "automation/class_table.h"
@@ -31,12 +30,15 @@ class Dictionary final : public ScriptObject<Dictionary>, public KeyedLookup {
   const std::vector<std::pair<Text, Variant>>& Entries() const { return entries_; }
 
  private:
-  struct Hash {
-    using is_transparent = void;
-    size_t operator()(TextView key) const { return std::hash<TextView>()(key); }
-  };
+  static uint32_t HashOf(TextView key);
+  // The slot of the key, or the free one where it belongs.
+  size_t SlotOf(TextView key, uint32_t hash) const;
+  void Rehash(size_t slotCount);
+
   std::vector<std::pair<Text, Variant>> entries_;
-  std::unordered_map<Text, size_t, Hash, std::equal_to<>> positions_;
+  // Open addressing, a power of two and at most half full: 0 is free, otherwise the upper half is
+  // the key's hash and the lower half the entry's position counted from 1.
+  std::vector<uint64_t> slots_;
 };
 
 }  // namespace vellum250

@@ -164,6 +164,24 @@ TEST(Dictionary, KeepsOrderAndTellsKeysApartByCase) {
   EXPECT_THROW(dictionary->Remove(u"b"), Failure);
 }
 
+TEST(Dictionary, FindsEveryOneOfManyKeys) {
+  const auto dictionary = MakeObject<Dictionary>();
+  const auto key = [](int i) { return Text(static_cast<size_t>(i % 9), u'k') + NumberText(i); };
+  for (int i = 0; i < 5000; ++i) dictionary->Add(key(i), i);
+  for (int i = 0; i < 5000; i += 1000) dictionary->Remove(key(i));
+  dictionary->Set(key(7), u"replaced");
+  for (int i = 0; i < 5000; ++i) {
+    const Variant* value = dictionary->Find(key(i));
+    ASSERT_EQ(value == nullptr, i % 1000 == 0) << i;
+    if (i % 1000 != 0) {
+      ASSERT_EQ(*value, i == 7 ? Variant(u"replaced") : Variant(i));
+    }
+  }
+  EXPECT_EQ(dictionary->Find(Text{u'k', 0}), nullptr);
+  dictionary->RemoveAll();
+  EXPECT_EQ(dictionary->Find(key(8)), nullptr);
+}
+
 TEST(KeyedCollection, PositionsAndKeysFailByTheirOwnNumbers) {
   KeyedCollection<int> collection;
   collection.Add(10, u"Key");
