@@ -30,99 +30,69 @@ struct TextField {
   TextView opening;  // up to the value
   Label label;
   TextView validatorId;
-  Label validatorLabel;
+  Label validatorLabel;  // without a key it is the row's
   // What stands for the field when it is not shown; nothing when `hiddenOpening` is empty.
   TextView hiddenOpening;
   TextView AddressForm::*hiddenValue;
 };
 
 // The order of the rows.
+// clang-format off
 constexpr TextField kTextFields[] = {
-    {4,
-     &AddressForm::displayName,
+    {4, &AddressForm::displayName,
      u"<input class=\"AnswerText\" type=\"text\" id=\"DisplayName\" name=\"DisplayName\" "
      u"maxlength=40 size=40 value=\"",
-     {u"Display Name", u"Display Name:"},
-     // Sites keep two texts: only the label's key has a blank.
-     u"DisplayName",
-     {u"DisplayName", u"Display Name:"},
+     // Sites keep two texts: only the row's key has a blank.
+     {u"Display Name", u"Display Name:"}, u"DisplayName", {u"DisplayName", u"Display Name:"},
      u"<input type=\"hidden\" id=\"DisplayName\" name=\"DisplayName\" value=\"",
      &AddressForm::displayName},
-    {8,
-     &AddressForm::differentiator,
-     u"<input class=\"AnswerText\" type=\"text\" id=\"Differentiator\" name=\"Differentiator\" "
-     u"maxlength=40 size=40 value=\"",
-     {u"Differentiator", u"Differentiator:"},
-     u"Differentiator",
-     {u"Differentiator", u"Differentiator:"},
+    {8, &AddressForm::differentiator,
+     u"<input class=\"AnswerText\" type=\"text\" id=\"Differentiator\" "
+     u"name=\"Differentiator\" maxlength=40 size=40 value=\"",
+     {u"Differentiator", u"Differentiator:"}, u"Differentiator", {},
      u"<input type=\"hidden\" id=\"Differentiator\" name=\"Differentiator\" value=\"",
      &AddressForm::differentiator},
-    {0,
-     &AddressForm::address1,
-     u"<input class=\"AnswerText\" type=\"text\" id=\"Add1\" name=\"Add1\" maxlength=40 size=40 "
-     u"value=\"",
-     {u"Address1", u"Address:"},
-     u"Add1",
-     {u"Address1", u"Address:"},
-     {},
-     nullptr},
-    {16,
-     &AddressForm::address2,
-     u"<input class=\"AnswerText\" type=\"text\" id=\"Add2\" name=\"Add2\" maxlength=40 size=40 "
-     u"value=\"",
-     {u"Address2", u""},
-     u"Add2",
-     {u"Address2", u""},
+    {0, &AddressForm::address1,
+     u"<input class=\"AnswerText\" type=\"text\" id=\"Add1\" name=\"Add1\" maxlength=40 "
+     u"size=40 value=\"",
+     {u"Address1", u"Address:"}, u"Add1", {},
+     {}, nullptr},
+    {16, &AddressForm::address2,
+     u"<input class=\"AnswerText\" type=\"text\" id=\"Add2\" name=\"Add2\" maxlength=40 "
+     u"size=40 value=\"",
+     {u"Address2", u""}, u"Add2", {},
      u"<input type=\"hidden\" id=\"Add2\" name=\"Add2\" value=\"",
      &AddressForm::address2},
-    {32,
-     &AddressForm::address3,
-     u"<input class=\"AnswerText\" type=\"text\" id=\"Add3\" name=\"Add3\" maxlength=40 size=40 "
-     u"value=\"",
-     {u"Address3", u""},
-     u"Add3",
-     {u"Address3", u""},
+    {32, &AddressForm::address3,
+     u"<input class=\"AnswerText\" type=\"text\" id=\"Add3\" name=\"Add3\" maxlength=40 "
+     u"size=40 value=\"",
+     {u"Address3", u""}, u"Add3", {},
      // Callers rely on line 2 standing here too.
      u"<input type=\"hidden\" id=\"Add3\" name=\"Add3\" value=\"",
      &AddressForm::address2},
-    {64,
-     &AddressForm::town,
-     u"<input class=\"AnswerText\" type=\"text\" id=\"Town\" name=\"Town\" maxlength=40 size=40 "
-     u"value=\"",
-     {u"Town", u""},
-     u"Town",
-     {u"Town", u""},
-     {},
-     nullptr},
-    {128,
-     &AddressForm::county,
-     u"<input class=\"AnswerText\" type=\"text\" id=\"County\" name=\"County\" maxlength=40 "
+    {64, &AddressForm::town,
+     u"<input class=\"AnswerText\" type=\"text\" id=\"Town\" name=\"Town\" maxlength=40 "
      u"size=40 value=\"",
-     {u"County", u""},
-     u"County",
-     {u"County", u""},
-     {},
-     nullptr},
-    {512,
-     &AddressForm::postcode,
+     {u"Town", u""}, u"Town", {},
+     {}, nullptr},
+    {128, &AddressForm::county,
+     u"<input class=\"AnswerText\" type=\"text\" id=\"County\" name=\"County\" "
+     u"maxlength=40 size=40 value=\"",
+     {u"County", u""}, u"County", {},
+     {}, nullptr},
+    {512, &AddressForm::postcode,
      // Pages read the name, whose case differs from that of the id.
-     u"<input class=\"AnswerMoney\" type=\"text\" id=\"PostCode\" name=\"Postcode\" maxlength=15 "
-     u"size=40 value=\"",
-     {u"PostCode", u""},
-     u"Postcode",
-     {u"PostCode", u""},
-     {},
-     nullptr},
-    {256,
-     &AddressForm::country,
-     u"<input class=\"AnswerText\" type=\"text\" id=\"Country\" name=\"Country\" maxlength=40 "
-     u"size=40 value=\"",
-     {u"Country", u""},
-     u"Country",
-     {u"Country", u""},
-     {},
-     nullptr},
+     u"<input class=\"AnswerMoney\" type=\"text\" id=\"PostCode\" name=\"Postcode\" "
+     u"maxlength=15 size=40 value=\"",
+     {u"PostCode", u""}, u"Postcode", {},
+     {}, nullptr},
+    {256, &AddressForm::country,
+     u"<input class=\"AnswerText\" type=\"text\" id=\"Country\" name=\"Country\" "
+     u"maxlength=40 size=40 value=\"",
+     {u"Country", u""}, u"Country", {},
+     {}, nullptr},
 };
+// clang-format on
 
 constexpr TextView kTextInputEnd = kJoined<kInputEnd, kInputCellEnd>;
 constexpr TextView kReadOnlyTextInputEnd = kJoined<kReadOnlyInputEnd, kInputCellEnd>;
@@ -194,36 +164,39 @@ class AddressFormWriter {
   }
 
   void WriteHidden(TextView opening, TextView value) {
-    out_.append(opening);
+    AppendPiece(out_, opening);
     AppendHtmlEncoded(out_, value);
-    out_.append(kInputEnd);
+    AppendPiece(out_, kInputEnd);
   }
 
-  void AddToValidator(TextView id, const Label& label) {
-    Append(validator_, id, u",");
-    texts_.Append(validator_, kGeneralArea, label.key, label.defaultText);
-    validator_.push_back(u'|');
-  }
-
-  // The row up to its label, and the field's entry in the validator list.
-  void StartRow(int16_t bit, TextView validatorId, const Label& validatorLabel) {
-    const bool always = bit == 0;
-    const bool mandatory = always || IsBitSet(form_.mandatory, bit);
-    out_.append(always ? kAlwaysMandatoryRow : mandatory ? kMandatoryRow : kOptionalRow);
-    if (mandatory) AddToValidator(validatorId, validatorLabel);
+  // The label, and in the validator list the entry of a mandatory field.
+  void WriteLabelOfField(const Label& label, bool mandatory, TextView validatorId,
+                         const Label& validatorLabel) {
+    const size_t start = out_.size();
+    WriteLabel(label);
+    if (!mandatory) return;
+    Append(validator_, validatorId, u",");
+    if (validatorLabel.key.empty()) {
+      validator_.append(out_, start);
+    } else {
+      texts_.Append(validator_, kGeneralArea, validatorLabel.key, validatorLabel.defaultText);
+    }
+    AppendPiece(validator_, u"|");
   }
 
   void WriteTextField(const TextField& field) {
-    if (field.bit != 0 && !IsBitSet(form_.shown, field.bit)) {
+    const bool always = field.bit == 0;
+    if (!always && !IsBitSet(form_.shown, field.bit)) {
       if (!field.hiddenOpening.empty()) WriteHidden(field.hiddenOpening, form_.*field.hiddenValue);
       return;
     }
-    StartRow(field.bit, field.validatorId, field.validatorLabel);
-    WriteLabel(field.label);
+    const bool mandatory = always || IsBitSet(form_.mandatory, field.bit);
+    AppendPiece(out_, always ? kAlwaysMandatoryRow : mandatory ? kMandatoryRow : kOptionalRow);
+    WriteLabelOfField(field.label, mandatory, field.validatorId, field.validatorLabel);
     Append(out_, kLabelToInput, field.opening);
     AppendHtmlEncoded(out_, form_.*field.value);
     const bool readOnly = field.value == &AddressForm::displayName && displayNameIsReadOnly_;
-    out_.append(readOnly ? kReadOnlyTextInputEnd : kTextInputEnd);
+    AppendPiece(out_, readOnly ? kReadOnlyTextInputEnd : kTextInputEnd);
   }
 
   void WritePafPrompt() {
@@ -232,7 +205,7 @@ class AddressFormWriter {
                 u"Please enter the house number into address line 1 and the postcode and click "
                 u"'find address'."});
     WriteLabel({u"PAFButton", kFindAddressButton});
-    out_.append(kInputCellEnd);
+    AppendPiece(out_, kInputCellEnd);
   }
 
   void WriteCountryList() {
@@ -242,14 +215,14 @@ class AddressFormWriter {
         database::Connection::Open(ComponentContext::Current().connectionString)
             ->Execute(kCountriesSql);
     if (countries.Eof()) return;
-    constexpr Label kLabel{u"Country", u"Country"};
-    StartRow(kCountryListBit, u"Cref", kLabel);
-    WriteLabel(kLabel);
+    const bool mandatory = IsBitSet(form_.mandatory, kCountryListBit);
+    AppendPiece(out_, mandatory ? kMandatoryRow : kOptionalRow);
+    WriteLabelOfField({u"Country", u"Country"}, mandatory, u"Cref", {});
     Append(out_, kLabelToInput, u"     <select name=\"Cref\" id=\"Cref\" class=\"AnswerText\">");
-    if (!IsBitSet(form_.mandatory, kCountryListBit)) {
-      out_.append(u"<option value=\"-1\">");
+    if (!mandatory) {
+      AppendPiece(out_, u"<option value=\"-1\">");
       WriteLabel({u"NoCountryList", u"[Not Specified]"});
-      out_.append(kOptionEnd);
+      AppendPiece(out_, kOptionEnd);
     }
     for (; !countries.Eof(); countries.MoveNext()) {
       const Text reference = ToText(countries.Field(1));
@@ -267,13 +240,13 @@ class AddressFormWriter {
              form_.addressType, u"\"> ");
       return;
     }
-    out_.append(kTypeRow);
+    AppendPiece(out_, kTypeRow);
     WriteLabel({u"LocType", u"Location Type"});
-    out_.append(kLabelToInput);
+    AppendPiece(out_, kLabelToInput);
     const Variant list =
         AddressDropDownList(report_, {.types = form_.addressTypes, .selected = form_.addressType});
-    if (const Text* markup = list.If<Text>()) out_.append(*markup);
-    out_.append(kInputCellEnd);
+    if (const Text* markup = list.If<Text>()) AppendPiece(out_, *markup);
+    AppendPiece(out_, kInputCellEnd);
   }
 
   void WriteMain() {
@@ -282,27 +255,25 @@ class AddressFormWriter {
                   form_.main);
       return;
     }
-    out_.append(kMainRow);
+    AppendPiece(out_, kMainRow);
     WriteLabel({u"MainLocation", u"Main Location:"});
-    out_.append(kLabelToInput);
+    AppendPiece(out_, kLabelToInput);
     if (form_.main == u"Y") {
       Append(out_, kTicked,
              u"     <input type=\"hidden\" id=\"main_loc\" name=\"main_loc\" value=\"Y\">");
     } else {
-      out_.append(
-          u"     <input type=\"checkbox\" class=\"AnswerCheckBox\" id=\"main_loc\" "
-          u"name=\"main_loc\" value=\"Y\">");
+      AppendPiece(out_,
+                  u"     <input type=\"checkbox\" class=\"AnswerCheckBox\" id=\"main_loc\" "
+                  u"name=\"main_loc\" value=\"Y\">");
     }
-    out_.append(kInputCellEnd);
+    AppendPiece(out_, kInputCellEnd);
   }
 
   void WriteComments() {
-    constexpr Label kLabel{u"LocationComments", u"Comments:"};
     const bool mandatory = IsBitSet(form_.mandatory, kCommentsBit);
     Append(out_, kRowStart, kCellStart, mandatory ? kMandatory : kOptional, kCellEnd,
            kTopCellStart);
-    if (mandatory) AddToValidator(u"Comm", kLabel);
-    WriteLabel(kLabel);
+    WriteLabelOfField({u"LocationComments", u"Comments:"}, mandatory, u"Comm", {});
     Append(out_, kLabelToInput,
            u"       <textarea rows=\"4\" class=\"AnswerText\" id=\"Comm\" name=\"Comm\">");
     AppendHtmlEncoded(out_, form_.comments);
@@ -310,7 +281,7 @@ class AddressFormWriter {
   }
 
   void WritePafScript(bool& includePafScript) {
-    if (includePafScript) out_.append(kPafScriptFile);
+    if (includePafScript) AppendPiece(out_, kPafScriptFile);
     includePafScript = false;
     Append(out_, kPafScriptToPrefix, form_.pafPrefix, kPafScriptFromPrefix);
   }

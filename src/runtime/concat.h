@@ -2,12 +2,19 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 
 #include "automation/text.h"
 
 namespace vellum250 {
 
-inline void AppendPiece(Text& out, TextView piece) { out.append(piece); }
+// Out of line: compilers copy pieces of a known length by slower means than the C library's.
+void AppendPiece(Text& out, TextView piece);
+// A literal's length is known; nobody counts it.
+template <size_t size>
+void AppendPiece(Text& out, const char16_t (&literal)[size]) {
+  AppendPiece(out, TextView(literal, size - 1));
+}
 template <std::signed_integral Number>
 void AppendPiece(Text& out, Number piece) {
   AppendNumber(out, piece);

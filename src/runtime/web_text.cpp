@@ -59,6 +59,8 @@ Text WithLabel(TextView area, TextView label, TextView plain) {
 
 }  // namespace
 
+WebTexts::WebTexts() : textId_(NumberText(ComponentContext::Current().textId)) {}
+
 bool WebTexts::ShowsLabels() {
   if (!showsLabels_) showsLabels_ = LabelsAreOn();
   return *showsLabels_;
@@ -71,13 +73,13 @@ void WebTexts::Append(Text& out, TextView area, TextView label, TextView default
   const Variant* found = nullptr;
   if (context.showText.HasEntries()) {
     key_.clear();
-    vellum250::Append(key_, area, label, context.textId);
+    vellum250::Append(key_, area, label, textId_);
     found = context.showText.Find(key_, storage);
   }
   if (found == nullptr) {
-    storage = GetScalarText(Concat(u"SELECT web_text FROM web_text WHERE web_text_area = '", area,
-                                   u"' AND web_text_label = '", label, u"' AND text_id = ",
-                                   context.textId));
+    storage =
+        GetScalarText(Concat(u"SELECT web_text FROM web_text WHERE web_text_area = '", area,
+                             u"' AND web_text_label = '", label, u"' AND text_id = ", textId_));
     found = &storage;
   }
   Text converted;

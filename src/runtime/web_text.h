@@ -11,6 +11,8 @@ namespace vellum250 {
 // and then holds. Area and label stand in SQL as they are given: they are the library's own.
 class WebTexts {
  public:
+  WebTexts();
+
   // Appends the text of an area and label in the thread's text set. A text that is missing or
   // empty is `defaultText`; "[/BLANK]" is empty on purpose. While labels are displayed the text
   // starts with "(area/label)", its markers are shown, and a label that no text set has is added to
@@ -20,7 +22,8 @@ class WebTexts {
  private:
   bool ShowsLabels();
 
-  Text key_;  // of the dictionary; kept for its memory
+  Text key_;     // of the dictionary; kept for its memory
+  Text textId_;  // in decimal
   std::optional<bool> showsLabels_;
 };
 
