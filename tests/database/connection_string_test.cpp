@@ -75,8 +75,8 @@ TEST(ConnectionString, TellsWhatIsNoneWithoutRepeatingIt) {
       {TextView(u"PWD=s3cret\0;", 12), "it holds a character 0"},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(FailureText(c.text), std::string("The connection string cannot be read: ") +
-                                       c.message);
+    EXPECT_EQ(FailureText(c.text),
+              std::string("The connection string cannot be read: ") + c.message);
   }
 }
 

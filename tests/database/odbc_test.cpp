@@ -156,7 +156,8 @@ TEST_F(Odbc, TellsOfAFailedStatementInTheDriversWords) {
   for (const auto& c : cases) {
     const Batch batch = connection->Run(c.sql, c.parameters);
     ASSERT_TRUE(batch.failure) << ToUtf8(c.sql);
-    EXPECT_NE(batch.failure->Description().find(FromUtf8(c.words)), Text::npos) << batch.failure->what();
+    EXPECT_NE(batch.failure->Description().find(FromUtf8(c.words)), Text::npos)
+        << batch.failure->what();
     EXPECT_EQ(batch.failure->Description().find(u'\0'), Text::npos) << batch.failure->what();
     EXPECT_THROW(connection->Execute(c.sql, c.parameters), DatabaseFailure);
   }

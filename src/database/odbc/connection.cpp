@@ -39,20 +39,22 @@ ConnectionString ForDriver(const ConnectionString& connectionString) {
   return ConnectionString(std::move(entries));
 }
 
-// Whether a batch can end with a transaction open: one that is not plain data manipulation, or
-// speaks of transactions or procedures anywhere. Asking the server each time would cost a round
-// trip.
+// Whether a batch can end with a transaction open: one that begins otherwise than data manipulation
+// does, be it with the bare name of a procedure, or speaks of transactions or procedures anywhere.
+// Asking the server each time would cost a round trip.
 bool MayLeaveTransaction(TextView sql) {
   const Text lower = ToAsciiLower(sql);
-  const size_t begin = std::min(lower.find_first_not_of(u" \t\r\n;("), lower.size());
-  const auto startsWith = [&](TextView word) {
-    return TextView(lower).substr(begin).starts_with(word);
-  };
-  const auto holds = [&](TextView word) { return lower.find(word) != Text::npos; };
-  constexpr std::array<TextView, 5> kPlain = {u"select", u"insert", u"update", u"delete",
-                                              u"set nocount on"};
+  const auto isLetter = [](char16_t c) { return c >= u'a' && c <= u'z'; };
+  const auto begin = std::ranges::find_if_not(
+      lower, [](char16_t c) { return c == u' ' || (c >= u'\t' && c <= u'\r') || c == u'('; });
+  const auto end = std::find_if_not(begin, lower.end(), isLetter);
+  const bool isWholeWord =
+      end == lower.end() || TextView(u" \t\r\n*@[").find(*end) != TextView::npos;
+  const TextView first(begin, end);
+  constexpr std::array<TextView, 5> kPlain = {u"select", u"insert", u"update", u"delete", u"set"};
   constexpr std::array<TextView, 3> kRisky = {u"tran", u"begin", u"exec"};
-  return std::ranges::none_of(kPlain, startsWith) || std::ranges::any_of(kRisky, holds);
+  return !isWholeWord || std::ranges::find(kPlain, first) == kPlain.end() ||
+         std::ranges::any_of(kRisky, [&](TextView word) { return lower.find(word) != Text::npos; });
 }
 
 // `{? = call name(?, ?)}`. The name is one that cannot end the call.

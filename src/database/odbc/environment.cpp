@@ -10,8 +10,9 @@ namespace vellum250::database::odbc {
 namespace {
 
 Handle<SQL_HANDLE_ENV> MakeEnvironment() {
-  // Counts only for environments made afterwards. A driver manager without pools refuses it, and
-  // then each statement logs in anew.
+  // Counts only for environments made afterwards. unixODBC wants two settings of odbcinst.ini as
+  // well: Pooling=Yes under [ODBC] and a CPTimeout (seconds) under the driver. Without a pool each
+  // statement logs in anew.
   SQLSetEnvAttr(nullptr, SQL_ATTR_CONNECTION_POOLING, AttributeValue(SQL_CP_ONE_PER_HENV),
                 SQL_IS_UINTEGER);
   Handle<SQL_HANDLE_ENV> environment(nullptr);

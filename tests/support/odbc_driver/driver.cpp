@@ -182,6 +182,7 @@ void GiveOutputs(Statement& statement) {
 void Disconnect(Link& link) {
   if (!link.connected) return;
   link.connected = false;
+  if (link.transaction) ++control.abandonedTransactions;
   link.SetTransaction(false);
   --control.openConnections;
 }
@@ -319,7 +320,9 @@ SQLRETURN SQL_API SQLExecDirectW(SQLHSTMT handle, SQLWCHAR* text, SQLINTEGER len
   const Call call("SQLExecDirectW", &statement);
   if (call.failure) return *call.failure;
   const std::u16string_view sql(reinterpret_cast<char16_t*>(text), static_cast<size_t>(length));
-  if (sql == u"BEGIN TRANSACTION") statement.link->SetTransaction(true);
+  // The second is a procedure that does so, called by its bare name.
+  if (sql == u"BEGIN TRANSACTION" || sql == u"update_and_leave_open")
+    statement.link->SetTransaction(true);
   if (sql == u"IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION") statement.link->SetTransaction(false);
   ScriptAnswer answer = Answer(sql);
   if (answer.executed == SQL_ERROR) {

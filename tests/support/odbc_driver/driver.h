@@ -29,6 +29,7 @@ struct OdbcDriverControl {
   int connects = 0;
   int openConnections = 0;
   int openTransactions = 0;
+  int abandonedTransactions = 0;   // still open when their connection was given back
   unsigned long queryTimeout = 0;  // as set last
   unsigned long loginTimeout = 0;
 };
