@@ -21,9 +21,10 @@ let app;
 try {
   // Loaded here, not in app.js, so that a missing addon is said in words.
   const addon = require('../../bindings/node');
-  // In braces a file's name may hold anything.
+  // In braces a file's name may hold anything. All visitors wait while one waits for a locked
+  // database, so nobody waits for long.
   const file = path.resolve(database).replaceAll('}', '}}');
-  app = createApp(addon, `Driver=Vellum250;Database={${file}};`);
+  app = createApp(addon, `Driver=Vellum250;Database={${file}};Timeout=3;`);
 } catch (failure) {
   fail(`cannot start: ${failure.message}`);
 }

@@ -151,21 +151,49 @@ test('odd requests get a plain page', async () => {
   assert.match(await large.text(), /too much text/);
 });
 
-// Both leave the database unfit for other tests.
-test('an amendment that fails half way is told in words and leaves the links as they were', async () => {
-  const page = await on.page();
-  const links = () =>
-    on.site.query('SELECT * FROM individual_loc WHERE individual_ref = 11 ORDER BY ind_loc_ref');
-  const before = links();
-  on.site.query('CREATE UNIQUE INDEX ux_address ON location (address1, town)');
-  await page.goto('/individual-11/amend-11');
-  await page.getByLabel('Comments').fill('Typed with care');
+// The alert of a form that could not be saved, which must still hold what was typed.
+async function savingFails(page, typed) {
+  await page.getByLabel('Comments').fill(typed);
   await page.getByRole('button', { name: 'Save' }).click();
   const problem = await page.getByRole('alert').innerText();
   assert.match(problem, /could not be saved/);
   assert.match(problem, /Incident number: [0-9A-F]{8}/);
-  assert.equal(await page.getByLabel('Comments').inputValue(), 'Typed with care');
-  assert.deepEqual(links(), before);
+  assert.equal(await page.getByLabel('Comments').inputValue(), typed);
+}
+const linksOf11 = () =>
+  on.site.query('SELECT * FROM individual_loc WHERE individual_ref = 11 ORDER BY ind_loc_ref');
+
+test('a locked database is told in words, and the form can be sent again', async () => {
+  const page = await on.page();
+  await page.goto('/individual-11/amend-11');
+  await page.locator('#Add1').fill('9 Patience Row');
+  const before = linksOf11();
+  on.site.query('BEGIN TRAN UPDATE member SET account_name = account_name');
+  try {
+    await savingFails(page, 'Typed with patience');
+  } finally {
+    on.site.query('ROLLBACK');
+  }
+  assert.deepEqual(linksOf11(), before);
+  await page.getByRole('button', { name: 'Save' }).click();
+  assert.match(await page.locator('.notice').textContent(), /replaced/);
+  assert.equal(linksOf11()[1].comments, 'Typed with patience');
+});
+
+// This test and the next leave the database unfit for others.
+test('an amendment that fails half way leaves the links as they were', async () => {
+  const page = await on.page();
+  on.site.query('CREATE UNIQUE INDEX ux_address ON location (address1, town)');
+  const before = on.site.query('SELECT * FROM individual_loc WHERE individual_ref = 4');
+  for (const isDebugging of [false, true]) {
+    await page.goto('/admin/');
+    await page.locator('[name=debug]').setChecked(isDebugging);
+    await page.getByRole('button', { name: 'Save' }).last().click();
+    await page.goto('/individual-4/amend-4');
+    await savingFails(page, 'Typed with care');
+    const after = on.site.query('SELECT * FROM individual_loc WHERE individual_ref = 4');
+    assert.deepEqual(after, before);
+  }
 });
 
 test('without its records the site says so, and what was typed can be sent again', async () => {
