@@ -30,6 +30,8 @@ class Amender {
     individual_ = rows.Field(u"individual_ref");
     link_ = rows.Field(u"ind_loc_ref");
     type_ = rows.Field(u"type");
+    country_ =
+        connection->Execute(u"SELECT lookup_ref FROM lookup WHERE lookup_code = 'UK'").Field(0);
 
     const auto settings = MakeObject<Dictionary>();
     settings->Add(u"globalDisplayAsReadOnly", u"0");
@@ -84,6 +86,7 @@ class Amender {
   Variant individual_;
   Variant link_;
   Variant type_;
+  Variant country_;
   size_t count_ = 0;
 };
 

@@ -47,7 +47,7 @@ function measureCore() {
   const output = execFileSync(
     path.join(build, 'benchmarks', 'bench_core'),
     [folder, '--benchmark_format=json', '--benchmark_min_time=0.02', '--benchmark_repetitions=7'],
-    { encoding: 'utf8', stdio: ['ignore', 'pipe', 'ignore'] },
+    { encoding: 'utf8', stdio: ['ignore', 'pipe', 'inherit'] },
   );
   const best = {};
   for (const run of JSON.parse(output).benchmarks) {
