@@ -33,12 +33,22 @@ class Amender {
     country_ =
         connection->Execute(u"SELECT lookup_ref FROM lookup WHERE lookup_code = 'UK'").Field(0);
 
-    const auto settings = MakeObject<Dictionary>();
-    settings->Add(u"globalDisplayAsReadOnly", u"0");
-    settings->Add(u"globalNewUpdate", u"99");
-    settings->Add(u"globalLocationUpdate_" + ToText(type_), u"1");
+    // An earlier run left one of the towns behind.
+    connection->Execute(
+        u"UPDATE location SET town = NULL FROM location l JOIN individual_loc ll ON "
+        u"ll.location_ref = l.location_ref WHERE ll.ind_loc_ref = " +
+        ToText(link_));
+
+    settings_->Add(u"globalDisplayAsReadOnly", u"0");
+    settings_->Add(u"globalNewUpdate", u"99");
+    settings_->Add(u"globalLocationUpdate_" + ToText(type_), u"1");
+    Enter();
+  }
+
+  // The context is the thread's: another benchmark may have set it since.
+  void Enter() {
     Call(u"Connection", {connectionString_});
-    Call(u"appDictWebConfig", {settings});
+    Call(u"appDictWebConfig", {settings_});
   }
 
   void Amend() {
@@ -54,7 +64,7 @@ class Amender {
                                                     u"North Yorkshire",
                                                     u"YO22 4DE",
                                                     u"",
-                                                    1,
+                                                    country_,
                                                     u"Y",
                                                     type_,
                                                     u"Add1,Address:|",
@@ -83,6 +93,7 @@ class Amender {
 
   Text connectionString_;
   ObjectRef address_ = server::CreateObject(u"vellum250.address");
+  Ref<Dictionary> settings_ = MakeObject<Dictionary>();
   Variant individual_;
   Variant link_;
   Variant type_;
@@ -117,6 +128,8 @@ class PlainSqlite {
     Run("INSERT INTO individual_loc SELECT location_ref, location_ref, 21, location_ref,"
         " '2004-01-01', NULL, 'Y', 'Home', 1, NULL FROM location");
   }
+
+  void Enter() {}
 
   void Amend() {
     const std::string town = ToUtf8(kTowns[++count_ % 2]);
@@ -177,6 +190,7 @@ class PlainSqlite {
 
 template <typename Side>
 void Amend(benchmark::State& state, const std::shared_ptr<Side>& side) {
+  side->Enter();
   for (auto _ : state) side->Amend();
 }
 
