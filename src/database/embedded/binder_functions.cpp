@@ -2,13 +2,15 @@
 #include "database/embedded/binder.h"
 #include "database/embedded/convert.h"
 #include "database/embedded/dates.h"
+#include "database/embedded/decimals.h"
 #include "database/embedded/failures.h"
 #include "database/embedded/messages.h"
 
 namespace vellum250::database::embedded {
 namespace {
 
-enum class Argument : uint8_t { None, Text, Int, Float, Date, Any };
+// Text is a text but not of the types text and ntext; AnyText is any.
+enum class Argument : uint8_t { None, Text, AnyText, Int, Float, Any };
 enum class Result : uint8_t { Int, VarChar, NVarChar, Float, DateTime, LikeFirst, Guid };
 
 // A function that is its arguments converted, a call, and a type.
@@ -29,9 +31,9 @@ constexpr Rule kRules[] = {
     {u"unicode", "v_unicode", 1, {Argument::Text, kNone}, Result::Int},
     {u"left", "v_left", 2, {Argument::Text, Argument::Int, kNone}, Result::LikeFirst},
     {u"right", "v_right", 2, {Argument::Text, Argument::Int, kNone}, Result::LikeFirst},
-    {u"substring", "v_substring", 3, {Argument::Text, Argument::Int, Argument::Int, kNone}, Result::LikeFirst},
-    {u"charindex", "v_charindex", 2, {Argument::Text, Argument::Text, Argument::Int, kNone}, Result::Int},
-    {u"patindex", "v_patindex", 2, {Argument::Text, Argument::Text, kNone}, Result::Int},
+    {u"substring", "v_substring", 3, {Argument::AnyText, Argument::Int, Argument::Int, kNone}, Result::LikeFirst},
+    {u"charindex", "v_charindex", 2, {Argument::Text, Argument::AnyText, Argument::Int, kNone}, Result::Int},
+    {u"patindex", "v_patindex", 2, {Argument::Text, Argument::AnyText, kNone}, Result::Int},
     {u"replace", "v_replace", 3, {Argument::Text, Argument::Text, Argument::Text, kNone}, Result::VarChar},
     {u"stuff", "v_stuff", 4, {Argument::Text, Argument::Int, Argument::Int, Argument::Text}, Result::VarChar},
     {u"ltrim", "v_ltrim", 1, {Argument::Text, kNone}, Result::LikeFirst},
@@ -54,16 +56,16 @@ constexpr Rule kRules[] = {
 struct NumericRule {
   TextView name;
   const char* call;
+  NumericFunction function;
   uint8_t least;
   uint8_t most;
-  bool secondFloat;
 };
-constexpr NumericRule kNumericRules[] = {{u"abs", "v_abs", 1, 1, false},
-                                         {u"sign", "v_sign", 1, 1, false},
-                                         {u"floor", "v_floor", 1, 1, false},
-                                         {u"ceiling", "v_ceiling", 1, 1, false},
-                                         {u"round", "v_round", 2, 3, false},
-                                         {u"power", "v_power", 2, 2, true}};
+constexpr NumericRule kNumericRules[] = {{u"abs", "v_abs", NumericFunction::Abs, 1, 1},
+                                         {u"sign", "v_sign", NumericFunction::Sign, 1, 1},
+                                         {u"floor", "v_floor", NumericFunction::Floor, 1, 1},
+                                         {u"ceiling", "v_ceiling", NumericFunction::Ceiling, 1, 1},
+                                         {u"round", "v_round", NumericFunction::Round, 2, 3},
+                                         {u"power", "v_power", NumericFunction::Power, 2, 2}};
 
 size_t MostArguments(const Rule& rule) {
   size_t count = 0;
@@ -187,17 +189,10 @@ Typed Binder::BindCall(const Expression& e, Scope& scope) {
     }
     Typed& first = arguments[0];
     if (first.isNull) first.type = kInt;
-    if (!IsNumber(first.type)) first = Convert(std::move(first), kFloat);
-    if (first.type.type == SqlType::Int && e.arguments[0]->kind == ExpressionKind::Literal) {
-      first.type.precision = 0;
-    }
+    const TypeInfo type = NumericResult(numeric->function, first.type);
+    const bool isPower = numeric->function == NumericFunction::Power;
     for (size_t i = 1; i < arguments.size(); ++i) {
-      arguments[i] = Convert(std::move(arguments[i]), numeric->secondFloat ? kFloat : kInt);
-    }
-    TypeInfo type = first.type;
-    const std::string_view call = numeric->call;
-    if (type.type == SqlType::Decimal && (call == "v_floor" || call == "v_ceiling")) {
-      type = DecimalType(type.precision, 0);
+      arguments[i] = Convert(std::move(arguments[i]), isPower ? kFloat : kInt);
     }
     Typed code;
     code.sql = CodeOf(first.type);
@@ -210,6 +205,12 @@ Typed Binder::BindCall(const Expression& e, Scope& scope) {
   for (size_t i = 0; i < arguments.size(); ++i) {
     switch (rule->arguments[i]) {
       case Argument::Text:
+        if (IsLongText(arguments[i].type)) {
+          throw InvalidArgumentType(MessageName(arguments[i].type), static_cast<int32_t>(i + 1),
+                                    ToLower(e.name));
+        }
+        [[fallthrough]];
+      case Argument::AnyText:
         arguments[i] = Convert(arguments[i], arguments[i].isNull ? VarChar(1) : AsText(arguments[i].type));
         break;
       case Argument::Int: arguments[i] = Convert(std::move(arguments[i]), kInt); break;
@@ -246,9 +247,14 @@ Typed Binder::BindAggregate(const Expression& e, Scope& scope) {
   ++scope.insideAggregate;
   Typed value = Bind(*e.arguments[0], scope);
   --scope.insideAggregate;
+  if (counts && IsLongText(value.type)) {
+    throw InvalidOperandType(MessageName(value.type), name);
+  }
   if (counts) return Called("count(" + distinct + Collated(value) + ")", countType);
   if (name == u"min" || name == u"max") {
-    if (value.type.type == SqlType::Bit) throw InvalidOperandType(u"bit", name);
+    if (value.type.type == SqlType::Bit || IsLongText(value.type)) {
+      throw InvalidOperandType(MessageName(value.type), name);
+    }
     return Called(ToUtf8(name) + "(" + Collated(value) + ")", value.type);
   }
   if (name == u"sum" || name == u"avg") {

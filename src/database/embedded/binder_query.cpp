@@ -54,7 +54,7 @@ class QueryBinder {
     for (const SelectCore& core : query.cores) {
       cores.push_back(BindCore(core, query.cores.size() == 1 ? &query.orderBy : nullptr));
     }
-    if (cores.size() > 1) UnifyColumns(cores);
+    if (cores.size() > 1) UnifyColumns(cores, query.operators);
     BoundQuery bound;
     for (size_t i = 0; i < cores.size(); ++i) {
       if (i > 0) bound.sql += " " + ToUtf8(query.operators[i - 1]) + " ";
@@ -86,6 +86,9 @@ class QueryBinder {
     const bool grouped = BindGrouping(core, orderBy, scope, bound);
     scope.aggregatesAllowed = true;
     for (const SelectItem& item : core.items) BindItem(item, scope, bound);
+    for (const Typed& item : bound.items) {
+      if (core.distinct && IsLongText(item.type)) throw NotDistinct(MessageName(item.type));
+    }
     if (core.having) bound.having = binder_.Condition(*core.having, scope);
     bool one = grouped && core.groupBy.empty();
     if (core.top) {
@@ -118,6 +121,7 @@ class QueryBinder {
                             expression->line);
       }
       const Typed value = binder_.Bind(*expression, scope);
+      if (IsLongText(value.type)) throw NotComparable();
       if (!bound.groupBy.empty()) bound.groupBy += ", ";
       bound.groupBy += Binder::Collated(value);
       bool known = false;
@@ -220,12 +224,17 @@ class QueryBinder {
     std::string sql;
     for (const OrderItem& item : orderBy) {
       if (!sql.empty()) sql += ", ";
+      TypeInfo type;
       if (const size_t position = Position(*item.value, bound)) {
+        type = bound.items[position - 1].type;
         sql += std::to_string(position);
       } else {
         if (core.distinct) RequireSelected(*item.value, core);
-        sql += Binder::Collated(binder_.Bind(*item.value, scope));
+        const Typed value = binder_.Bind(*item.value, scope);
+        type = value.type;
+        sql += Binder::Collated(value);
       }
+      if (IsLongText(type)) throw NotComparable();
       if (item.descending) sql += " DESC";
     }
     return sql;
@@ -258,7 +267,7 @@ class QueryBinder {
     return sql;
   }
 
-  void UnifyColumns(std::vector<BoundCore>& cores) {
+  void UnifyColumns(std::vector<BoundCore>& cores, const std::vector<TextView>& operators) {
     for (const BoundCore& core : cores) {
       if (core.items.size() != cores[0].items.size()) {
         throw ServerFailure(205,
@@ -271,6 +280,10 @@ class QueryBinder {
       std::vector<Typed*> column;
       for (BoundCore& core : cores) column.push_back(&core.items[i]);
       binder_.Unify(column);
+      const bool compares = std::ranges::any_of(
+          operators, [](TextView word) { return word != u"UNION ALL"; });
+      const TypeInfo type = column[0]->type;
+      if (compares && IsLongText(type)) throw NotInUnion(MessageName(type));
     }
   }
 

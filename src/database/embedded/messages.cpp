@@ -66,6 +66,20 @@ DatabaseFailure ImplicitNotAllowed(TextView from, TextView to) {
   return Say(257, u"Implicit conversion from data type ", from, u" to ", to,
              u" is not allowed. Use the CONVERT function to run this query.");
 }
+DatabaseFailure NotComparable() {
+  return Say(306,
+             u"The text, ntext, and image data types cannot be compared or sorted, except when "
+             u"using IS NULL or LIKE operator.");
+}
+DatabaseFailure NotDistinct(TextView type) {
+  return Say(421, u"The ", type,
+             u" data type cannot be selected as DISTINCT because it is not comparable.");
+}
+DatabaseFailure NotInUnion(TextView type) {
+  return Say(5335, u"The data type ", type,
+             u" cannot be used as an operand to the UNION, INTERSECT or EXCEPT operators because "
+             u"it is not comparable.");
+}
 DatabaseFailure TypesIncompatible(TextView left, TextView right, TextView operation) {
   return Say(402, u"The data types ", left, u" and ", right, u" are incompatible in the ",
              operation, u" operator.");

@@ -23,6 +23,9 @@ DatabaseFailure CannotDrop(TextView kind, TextView object);                    /
 // Types that do not go together.
 DatabaseFailure TypeClash(TextView from, TextView to);                                    // 206
 DatabaseFailure ImplicitNotAllowed(TextView from, TextView to);                           // 257
+DatabaseFailure NotComparable();                                                          // 306
+DatabaseFailure NotDistinct(TextView type);                                               // 421
+DatabaseFailure NotInUnion(TextView type);                                                // 5335
 DatabaseFailure TypesIncompatible(TextView left, TextView right, TextView operation);     // 402
 DatabaseFailure ExplicitNotAllowed(TextView from, TextView to);                           // 529
 DatabaseFailure InvalidArgumentType(TextView type, int32_t argument, TextView function);  // 8116

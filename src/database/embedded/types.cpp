@@ -307,6 +307,8 @@ TypeInfo CommonType(TypeInfo left, TypeInfo right) {
   const TypeInfo other = &Stronger(left, right) == &left ? right : left;
   if (IsText(winner) && IsText(other)) {
     TypeInfo result = winner;
+    // A text of a fixed length beside one of a varying length.
+    if (IsPadded(winner) && !IsPadded(other)) result.type = SqlType::NVarChar;
     result.length = left.length == -1 || right.length == -1
                         ? -1
                         : std::min(std::max(left.length, right.length), LongestText(winner));
