@@ -69,13 +69,12 @@ class CallArguments {
   Variant Read(napi_value value, size_t index) {
     Environment& environment = binding_.environment;
     const napi_env env = environment.Env();
-    napi_valuetype type = napi_undefined;
-    Check(env, napi_typeof(env, value, &type));
+    const napi_valuetype type = TypeOf(env, value);
     bool isRef = false;
     if (type == napi_object) {
       Check(env, napi_instanceof(env, value, environment.refClass.Value(), &isRef));
     }
-    if (!isRef) return ToVariant(environment, value);
+    if (!isRef) return ToVariant(environment, value, type);
 
     napi_value inner = nullptr;
     Check(env, napi_get_named_property(env, value, "value", &inner));
@@ -141,9 +140,7 @@ void Finalize(napi_env env, void* data, void*) {
 napi_value Construct(napi_env env, napi_callback_info info) {
   return Guarded(env, [&] {
     const Call call(env, info);
-    napi_valuetype type = napi_undefined;
-    if (call.count == 1) Check(env, napi_typeof(env, call.values[0], &type));
-    if (type != napi_external) {
+    if (call.count != 1 || TypeOf(env, call.values[0]) != napi_external) {
       throw CannotCreateObject(u"objects are made by createObject, not by new");
     }
     void* data = nullptr;
@@ -155,12 +152,6 @@ napi_value Construct(napi_env env, napi_callback_info info) {
   });
 }
 
-bool IsSymbol(napi_env env, napi_value key) {
-  napi_valuetype type = napi_undefined;
-  Check(env, napi_typeof(env, key, &type));
-  return type == napi_symbol;
-}
-
 // Reading a name that the class does not have: undefined as with any object, so that JavaScript's
 // own questions (`then`, `toJSON`) get their answer and calling it is JavaScript's "is not a
 // function". Only a name in another letter case is a mistake for certain.
@@ -170,9 +161,9 @@ napi_value ReadUnknown(napi_env env, napi_callback_info info) {
     const auto& table = *static_cast<const ClassTable*>(call.data);
     napi_value value = nullptr;
     Check(env, napi_get_property(env, call.values[0], call.values[1], &value));
-    napi_valuetype type = napi_undefined;
-    Check(env, napi_typeof(env, value, &type));
-    if (type != napi_undefined || IsSymbol(env, call.values[1])) return value;
+    if (TypeOf(env, value) != napi_undefined || TypeOf(env, call.values[1]) == napi_symbol) {
+      return value;
+    }
     const Text name = ReadText(env, call.values[1]);
     if (const MemberInfo* meant = table.Find(name)) {
       throw NoSuchMember(table.Name() + u"." + name + u"; its name here is " + meant->name);
@@ -186,7 +177,7 @@ napi_value AssignUnknown(napi_env env, napi_callback_info info) {
   return Guarded(env, [&]() -> napi_value {
     const Call call(env, info);  // target, key, value, receiver
     const auto& table = *static_cast<const ClassTable*>(call.data);
-    if (!IsSymbol(env, call.values[1])) {
+    if (TypeOf(env, call.values[1]) != napi_symbol) {
       throw NoSuchMember(table.Name() + u"." + ReadText(env, call.values[1]));
     }
     const napi_property_descriptor own = {

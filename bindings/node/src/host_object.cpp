@@ -28,8 +28,7 @@ class ForwardingObject final : public HostObject {
     if (napi_get_property(env, Value(), MakeText(env, name), &property) != napi_ok) {
       throw JavaScriptFailure::TakePending(env);
     }
-    napi_valuetype type = napi_undefined;
-    Check(env, napi_typeof(env, property, &type));
+    const napi_valuetype type = TypeOf(env, property);
     if (type != napi_function) {
       if (type != napi_undefined && arguments.empty()) return Answer(environment, property, name);
       throw NoSuchMember(Text(name) + u" of the page's dictionary");

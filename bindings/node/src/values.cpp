@@ -13,12 +13,6 @@ namespace vellum250::node {
 
 namespace {
 
-napi_valuetype TypeOf(napi_env env, napi_value value) {
-  napi_valuetype type = napi_undefined;
-  Check(env, napi_typeof(env, value, &type));
-  return type;
-}
-
 Decimal ReadBigInt(napi_env env, napi_value value) {
   int sign = 0;
   uint64_t words[2] = {};
@@ -84,8 +78,19 @@ napi_value MakeObjectValue(Environment& environment, const ObjectRef& object) {
 
 }  // namespace
 
+napi_valuetype TypeOf(napi_env env, napi_value value) {
+  napi_valuetype type = napi_undefined;
+  Check(env, napi_typeof(env, value, &type));
+  return type;
+}
+
 Text ReadText(napi_env env, napi_value value) {
+  // A field's text usually fits; then its length need not be asked first.
+  char16_t fitting[128];
   size_t length = 0;
+  Check(env, napi_get_value_string_utf16(env, value, fitting, std::size(fitting), &length));
+  if (length + 1 < std::size(fitting)) return Text(fitting, length);
+
   Check(env, napi_get_value_string_utf16(env, value, nullptr, 0, &length));
   Text text(length, u'\0');
   Check(env, napi_get_value_string_utf16(env, value, text.data(), length + 1, &length));
@@ -122,8 +127,12 @@ Text RequireText(napi_env env, napi_value value, TextView name) {
 }
 
 Variant ToVariant(Environment& environment, napi_value value) {
+  return ToVariant(environment, value, TypeOf(environment.Env(), value));
+}
+
+Variant ToVariant(Environment& environment, napi_value value, napi_valuetype type) {
   const napi_env env = environment.Env();
-  switch (TypeOf(env, value)) {
+  switch (type) {
     case napi_undefined:
       return Missing{};
     case napi_null:

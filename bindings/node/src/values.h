@@ -24,9 +24,13 @@ namespace vellum250::node {
 
 class Environment;
 
+napi_valuetype TypeOf(napi_env env, napi_value value);
+
 // Raises 13 for a function, a symbol, an invalid date and any other object, 6 for a bigint of more
 // than 96 bits and a year outside 100 to 9999.
 Variant ToVariant(Environment& environment, napi_value value);
+// The same for a caller that has asked for the type already.
+Variant ToVariant(Environment& environment, napi_value value, napi_valuetype type);
 napi_value ToJavaScript(Environment& environment, const Variant& value);
 
 // The value is a string.
