@@ -13,12 +13,12 @@ namespace vellum250::contacts {
 // The location's own columns. Empty texts and references below 1 are stored as null.
 struct PostalAddress {
   Text& display;  // when empty, becomes DisplayAddressName of the parts
-  TextView address1;
-  TextView address2;
-  TextView address3;
-  TextView town;
-  TextView county;
-  TextView postcode;
+  TextView address1 = {};
+  TextView address2 = {};
+  TextView address3 = {};
+  TextView town = {};
+  TextView county = {};
+  TextView postcode = {};
   Text& country;  // becomes the country's name when there is a reference
   int32_t countryRef = 0;
   int32_t region1 = 0;
@@ -27,11 +27,11 @@ struct PostalAddress {
 
 // The link's columns.
 struct AddressLink {
-  TextView differentiator;
+  TextView differentiator = {};
   int32_t addressType = 0;
   Text& main;       // "Y" or not; becomes the SQL text that was stored
   bool& isInvoice;  // becomes true when the owner is a member without an invoice address
-  TextView comments;
+  TextView comments = {};
 };
 
 // Adds a location with its first link; gives its location_ref. An `editLink` other than 0 becomes

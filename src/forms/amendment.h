@@ -9,19 +9,19 @@ struct PostedAddress {
   TextView entityType;  // INDIVIDUAL, ORGANISATION or CONTACT, in any case
   int32_t ownerRef = 0;
   int32_t& linkRef;  // the link being amended, 0 for a new address; becomes the new link's
-  TextView displayName;
-  TextView differentiator;
-  TextView address1;
-  TextView address2;
-  TextView address3;
-  TextView town;
-  TextView county;
-  TextView postcode;
-  TextView country;
+  TextView displayName = {};
+  TextView differentiator = {};
+  TextView address1 = {};
+  TextView address2 = {};
+  TextView address3 = {};
+  TextView town = {};
+  TextView county = {};
+  TextView postcode = {};
+  TextView country = {};
   int32_t countryRef = 0;
   Text& main;  // "Y" for the main address; becomes the SQL text that was stored
   int32_t addressType = 0;
-  TextView validator;  // the list of mandatory fields, as the form carries it
+  TextView validator = {};  // the list of mandatory fields, as the form carries it
   bool checksOnly = false;
   bool isInvoice = false;
   // Further owners of a new location; 0 is none.
@@ -29,7 +29,7 @@ struct PostedAddress {
   int32_t linkToOrganisation = 0;
   int32_t linkToContact = 0;
   int32_t overrideAction = 0;  // 1 updates in place, 2 replaces; 0 leaves the choice
-  TextView comments;
+  TextView comments = {};
 };
 
 inline constexpr int32_t kNotAccepted = -1;

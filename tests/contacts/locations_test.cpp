@@ -23,10 +23,7 @@ class Locations : public support::ComponentTest {
     return InsertAddress(kind, report, ownerRef,
                          {.display = v.display,
                           .address1 = u"1 Road",
-                          .address2 = {},
-                          .address3 = {},
                           .town = u"Leeds",
-                          .county = {},
                           .postcode = u"ls1 1aa",
                           .country = v.country},
                          Link(), v.editLink);
@@ -38,16 +35,7 @@ class Locations : public support::ComponentTest {
             .isInvoice = v.isInvoice,
             .comments = comments};
   }
-  PostalAddress Empty() {
-    return {.display = v.display,
-            .address1 = {},
-            .address2 = {},
-            .address3 = {},
-            .town = {},
-            .county = {},
-            .postcode = {},
-            .country = v.country};
-  }
+  PostalAddress Empty() { return {.display = v.display, .country = v.country}; }
   // One line for each row: the fields with commas between.
   std::string Rows(TextView sql) {
     std::string lines;
@@ -194,10 +182,8 @@ TEST_F(Locations, AreUpdatedInOneBatch) {
   EXPECT_EQ(UpdateAddress(kIndividual, report, 2, 2,
                           {.display = v.display,
                            .address1 = u" New'",
-                           .address2 = {},
                            .address3 = u"3",
                            .town = u"Hull",
-                           .county = {},
                            .postcode = u"hu1 ",
                            .country = v.country,
                            .countryRef = 201,
@@ -420,10 +406,7 @@ TEST_F(Locations, KeepHostileTextsApartFromTheSql) {
                                            {.display = v.display,
                                             .address1 = text,
                                             .address2 = text,
-                                            .address3 = {},
                                             .town = u"Leeds",
-                                            .county = {},
-                                            .postcode = {},
                                             .country = v.country},
                                            Link(text), v.editLink);
     ASSERT_GT(location, 0) << ToUtf8(text);
