@@ -2,7 +2,7 @@
 // The address form: its rows come from the component, and so does the decision what becomes of a
 // post. This file is what stands between the two and a visitor who may send anything.
 
-const { textOf, referenceOf } = require('./form-text');
+const { knownNames, textOf, referenceOf } = require('./form-text');
 const { report } = require('./failures');
 
 // Bits of the fields that can be shown or made mandatory.
@@ -28,17 +28,17 @@ const shownFields =
   bit.comments;
 const mandatoryFields = bit.town;
 
-// Posted texts: their names, the names people know them by, and what the database can hold.
+// Posted texts and what the database can hold of each.
 const textFields = [
-  { name: 'DisplayName', known: 'Display name', longest: 255 },
-  { name: 'Differentiator', known: 'Differentiator', longest: 80 },
-  { name: 'Add1', known: 'Address line 1', longest: 80 },
-  { name: 'Add2', known: 'Address line 2', longest: 80 },
-  { name: 'Add3', known: 'Address line 3', longest: 80 },
-  { name: 'Town', known: 'Town', longest: 80 },
-  { name: 'County', known: 'County', longest: 80 },
-  { name: 'Postcode', known: 'Postcode', longest: 15 },
-  { name: 'Comm', known: 'Comments', longest: 2000, lines: true },
+  { name: 'DisplayName', longest: 255 },
+  { name: 'Differentiator', longest: 80 },
+  { name: 'Add1', longest: 80 },
+  { name: 'Add2', longest: 80 },
+  { name: 'Add3', longest: 80 },
+  { name: 'Town', longest: 80 },
+  { name: 'County', longest: 80 },
+  { name: 'Postcode', longest: 15 },
+  { name: 'Comm', longest: 2000, lines: true },
 ];
 
 // The value of the country list's "not specified" entry.
@@ -220,7 +220,8 @@ class AddressForm {
 
   check(values, link) {
     const problems = [];
-    for (const { name, known, longest } of textFields) {
+    for (const { name, longest } of textFields) {
+      const known = knownNames[name];
       if (values[name].length > longest) {
         const { length } = values[name];
         const message = `${known} may have at most ${longest} characters; it has ${length}.`;
@@ -284,7 +285,7 @@ function mandatoryProblems(lastError, validator) {
       const label = message.endsWith(suffix) ? message.slice(0, -suffix.length) : message;
       const at = fields.findIndex((field) => field.label === label);
       const [field] = at < 0 ? [null] : fields.splice(at, 1);
-      const known = field && textFields.find(({ name }) => name === field.id)?.known;
+      const known = field && knownNames[field.id];
       // A label may hold markup.
       const plain = label.replace(/<[^>]*>|\s*:\s*$/g, '').trim() || known || 'This';
       return {

@@ -3,6 +3,7 @@
 // under an incident number that the page names.
 
 const { randomBytes } = require('node:crypto');
+const { knownNames } = require('./form-text');
 
 // A failure with its own words for the visitor.
 class PageFailure extends Error {
@@ -73,7 +74,7 @@ function failed(failure, request, response, next) {
   const locals = { section: '', notice: null, switches: {}, token: '', ...response.locals };
   response
     .status(page.status)
-    .render('failure', { ...locals, incident: null, posted: [], ...page });
+    .render('failure', { ...locals, incident: null, posted: [], knownNames, ...page });
 }
 
 module.exports = { PageFailure, report, notFound, notFoundFailure, failed };

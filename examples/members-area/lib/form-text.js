@@ -1,5 +1,18 @@
 'use strict';
 
+// The names by which people know the texts of the address form.
+const knownNames = {
+  DisplayName: 'Display name',
+  Differentiator: 'Differentiator',
+  Add1: 'Address line 1',
+  Add2: 'Address line 2',
+  Add3: 'Address line 3',
+  Town: 'Town',
+  County: 'County',
+  Postcode: 'Postcode',
+  Comm: 'Comments',
+};
+
 // A field that came once, as text; anything else (absent, repeated) is the empty text.
 function textOf(body, name) {
   const value = body?.[name];
@@ -13,4 +26,4 @@ function referenceOf(text) {
   return number <= 2147483647 ? number : 0;
 }
 
-module.exports = { textOf, referenceOf };
+module.exports = { knownNames, textOf, referenceOf };

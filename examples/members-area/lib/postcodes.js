@@ -7,8 +7,8 @@ const plain = (postcode) => postcode.toUpperCase().replace(/\s+/g, '');
 
 // Sample addresses by postcode; all of them are invented.
 class Postcodes {
-  // The addresses at a postcode, those with the house number first; all of them when the number is
-  // empty or unknown.
+  // The addresses at a postcode with the house number, or all of them when the number is empty or
+  // unknown there.
   find(postcode, house) {
     const entry = entries.find((each) => plain(each.postcode) === plain(postcode));
     if (!entry) return [];
