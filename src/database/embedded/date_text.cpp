@@ -257,7 +257,8 @@ class DateParser {
     }
     if (reader_.Current().mark == Mark::Half) {
       const int32_t half = reader_.Current().value;
-      if (half == 0 && fields[0] > 12) return DateError::Range;
+      // Neither 13 AM nor 0 PM; 13 PM is 13.
+      if (half == 0 ? fields[0] > 12 : fields[0] == 0) return DateError::Range;
       if (fields[0] <= 12) fields[0] = fields[0] % 12 + half;
       reader_.Advance();
     }

@@ -225,6 +225,10 @@ ExpressionPtr Parser::ParseNamed() {
   if (At(u"convert") && Matches(Ahead(1), u"(")) return ParseConvert();
   if (Matches(Ahead(1), u"(")) {
     if (At(u"cast")) return ParseCast();
+    // Their arguments are no expressions.
+    if (AtAny({u"iif", u"try_cast", u"try_convert", u"parse", u"try_parse"})) {
+      throw Refused(u"function " + Text(TextOf(Current())));
+    }
     const bool isFunction = AtName() || AtAny({u"left", u"right", u"coalesce", u"nullif"});
     if (!isFunction) throw SyntaxError();
     Text name(Current().kind == TokenKind::QuotedName ? Unquoted(TextOf(Current()))
