@@ -91,8 +91,7 @@ std::string Digits(int value, int width) {
 
 std::string DateTimeText(Date date, SqlType type) {
   const CivilTime time = ToCivil(date);
-  std::string text =
-      Digits(time.year, 4) + "-" + Digits(time.month, 2) + "-" + Digits(time.day, 2);
+  std::string text = Digits(time.year, 4) + "-" + Digits(time.month, 2) + "-" + Digits(time.day, 2);
   if (type == SqlType::Date) return text;
   return text + " " + Digits(time.hour, 2) + ":" + Digits(time.minute, 2) + ":" +
          Digits(time.second, 2) + "." + Digits(time.millisecond, 3);
@@ -111,7 +110,8 @@ Json ToJson(const Variant& value, const Column& column) {
   }
   if (const auto* money = value.If<Currency>()) {
     const int64_t units = money->tenThousandths;
-    const uint64_t magnitude = units < 0 ? 0 - static_cast<uint64_t>(units) : static_cast<uint64_t>(units);
+    const uint64_t magnitude =
+        units < 0 ? 0 - static_cast<uint64_t>(units) : static_cast<uint64_t>(units);
     return (units < 0 ? "-" : "") + std::to_string(magnitude / 10000) + "." +
            Digits(static_cast<int>(magnitude % 10000), 4);
   }
@@ -201,16 +201,19 @@ Batch RunAll(Connection& connection, const std::string& sql, bool script) {
 Outcome RunCase(const Json& test, const fs::path& file) {
   for (const Json& step : test.value("setup", Json::array())) {
     const bool fails = step.is_object() && step.value("fails", false);
-    const std::string sql = step.is_object() ? step["sql"].get<std::string>() : step.get<std::string>();
+    const std::string sql =
+        step.is_object() ? step["sql"].get<std::string>() : step.get<std::string>();
     const Batch batch = Open(file)->Run(FromUtf8(sql));
-    if (batch.failure && IsRefusal(*batch.failure)) return {Outcome::Refused, batch.failure->what()};
+    if (batch.failure && IsRefusal(*batch.failure))
+      return {Outcome::Refused, batch.failure->what()};
     if (batch.failure.has_value() != fails) {
       return {Outcome::Wrong, batch.failure ? std::string("setup: ") + batch.failure->what()
                                             : "a setup that must fail did not"};
     }
   }
   const auto connection = Open(file);
-  const Batch batch = RunAll(*connection, test["sql"].get<std::string>(), test.value("script", false));
+  const Batch batch =
+      RunAll(*connection, test["sql"].get<std::string>(), test.value("script", false));
   if (batch.failure && IsRefusal(*batch.failure)) return {Outcome::Refused, batch.failure->what()};
   const Json& error = test["error"];
   if (error.is_null() && batch.failure) return {Outcome::Wrong, batch.failure->what()};

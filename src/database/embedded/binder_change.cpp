@@ -32,7 +32,8 @@ class InsertBinder {
     Plan plan;
     plan.kind = Plan::Kind::Insert;
     plan.table = table_;
-    plan.givesIdentity = std::ranges::any_of(given_, [](const ColumnInfo* c) { return c->identity; });
+    plan.givesIdentity =
+        std::ranges::any_of(given_, [](const ColumnInfo* c) { return c->identity; });
     const std::string source = insert_.query ? FromQuery() : FromRows();
     plan.sql = "INSERT INTO " + table_->sqlName + " (";
     std::string separator;
@@ -80,8 +81,9 @@ class InsertBinder {
   void CheckCount(size_t values) const {
     if (values == given_.size()) return;
     if (insert_.columns.empty()) {
-      throw ServerFailure(213, u"Column name or number of supplied values does not match table "
-                               u"definition.");
+      throw ServerFailure(213,
+                          u"Column name or number of supplied values does not match table "
+                          u"definition.");
     }
     const bool few = values < given_.size();
     const Text what = few ? u"more columns in the INSERT statement than values specified in the "
@@ -106,8 +108,8 @@ class InsertBinder {
         CheckCount(insert_.rows[i].size());
         for (size_t j = 0; j < given_.size(); ++j) {
           const Expression* value = insert_.rows[i][j].get();
-          sql += separator + (value ? Stored(binder_.Bind(*value, scope), *given_[j])
-                                    : Default(*given_[j]));
+          sql += separator +
+                 (value ? Stored(binder_.Bind(*value, scope), *given_[j]) : Default(*given_[j]));
           separator = ", ";
         }
       }
@@ -292,8 +294,8 @@ Plan BindDelete(const BindInput& input, const DeleteStatement& statement) {
   if (statement.from.empty()) {
     plan.sql = "DELETE FROM " + plan.table->sqlName + " AS " + target.sqlAlias + where;
   } else {
-    plan.sql = "DELETE FROM " + plan.table->sqlName + " WHERE rowid IN (SELECT " +
-               target.sqlAlias + ".rowid FROM " + target.from + where + ")";
+    plan.sql = "DELETE FROM " + plan.table->sqlName + " WHERE rowid IN (SELECT " + target.sqlAlias +
+               ".rowid FROM " + target.from + where + ")";
   }
   plan.slots = binder.TakeSlots();
   return plan;

@@ -16,12 +16,18 @@ struct ComparisonWords {
 
 ComparisonWords WordsOf(Operation operation) {
   switch (operation) {
-    case Operation::Equal: return {" = ", u"equal to"};
-    case Operation::NotEqual: return {" <> ", u"not equal to"};
-    case Operation::Less: return {" < ", u"less than"};
-    case Operation::LessOrEqual: return {" <= ", u"less than or equal to"};
-    case Operation::Greater: return {" > ", u"greater than"};
-    default: return {" >= ", u"greater than or equal to"};
+    case Operation::Equal:
+      return {" = ", u"equal to"};
+    case Operation::NotEqual:
+      return {" <> ", u"not equal to"};
+    case Operation::Less:
+      return {" < ", u"less than"};
+    case Operation::LessOrEqual:
+      return {" <= ", u"less than or equal to"};
+    case Operation::Greater:
+      return {" > ", u"greater than"};
+    default:
+      return {" >= ", u"greater than or equal to"};
   }
 }
 
@@ -127,6 +133,13 @@ Typed Binder::BindLiteral(const TypedValue& literal, int32_t index) {
   } else {
     if (type.type == SqlType::Int) type.precision = 0;
   }
+  if (type.type == SqlType::Int && input_.literals.size() > kMostKeptLiterals) {
+    Typed value;
+    value.sql = Constant(literal.value);
+    value.type = type;
+    value.form = Typed::Form::Atom;
+    return value;
+  }
   Slot slot;
   slot.index = index;
   if (viewLiterals_ != nullptr) {
@@ -154,11 +167,10 @@ Typed Binder::BindSystemVariable(const Expression& expression) {
     SystemValue value;
     TypeInfo type;
   };
-  static constexpr Entry kEntries[] = {
-      {u"@@rowcount", SystemValue::RowCount, kInt},
-      {u"@@identity", SystemValue::Identity, DecimalType(38, 0)},
-      {u"@@trancount", SystemValue::TransactionCount, kInt},
-      {u"@@error", SystemValue::Error, kInt}};
+  static constexpr Entry kEntries[] = {{u"@@rowcount", SystemValue::RowCount, kInt},
+                                       {u"@@identity", SystemValue::Identity, DecimalType(38, 0)},
+                                       {u"@@trancount", SystemValue::TransactionCount, kInt},
+                                       {u"@@error", SystemValue::Error, kInt}};
   for (const Entry& entry : kEntries) {
     if (!EqualsIgnoreAsciiCase(entry.name, expression.name)) continue;
     Slot slot;
@@ -198,9 +210,9 @@ Typed Binder::BindColumn(const Expression& expression, Scope& scope) {
     if (at->grouping && at->insideAggregate == 0 &&
         std::ranges::count(at->grouping->columns, column) == 0) {
       const Text& qualifier = expression.qualifier;
-      throw AtLine(NotGrouped(qualifier.empty() ? expression.name
-                                                : qualifier + u"." + expression.name),
-                   expression.line);
+      throw AtLine(
+          NotGrouped(qualifier.empty() ? expression.name : qualifier + u"." + expression.name),
+          expression.line);
     }
     Typed value;
     value.sql = column->sql;
@@ -235,8 +247,8 @@ Typed Binder::Convert(Typed value, TypeInfo to) {
     value.type = to;
     return value;
   }
-  value.sql = Call("v_convert", {value.sql, std::to_string(Encode(value.type)),
-                                 std::to_string(Encode(to))});
+  value.sql = Call("v_convert",
+                   {value.sql, std::to_string(Encode(value.type)), std::to_string(Encode(to))});
   value.type = to;
   value.form = Typed::Form::Atom;
   value.slot = -1;
@@ -256,9 +268,9 @@ Typed Binder::Assign(Typed value, const ColumnInfo& column, TextView table) {
     slot.table = Text(table);
     return value;
   }
-  value.sql = Call("v_assign", {value.sql, std::to_string(Encode(value.type)),
-                                std::to_string(Encode(to)), TextConstant(ToUtf8(column.name)),
-                                TextConstant(ToUtf8(table))});
+  value.sql =
+      Call("v_assign", {value.sql, std::to_string(Encode(value.type)), std::to_string(Encode(to)),
+                        TextConstant(ToUtf8(column.name)), TextConstant(ToUtf8(table))});
   value.form = Typed::Form::Atom;
   value.slot = -1;
   return value;
@@ -305,18 +317,29 @@ Typed Binder::Bind(const Expression& e, Scope& scope) {
       }
       return SlotValue(std::move(slot), input_.markers[e.index]);
     }
-    case ExpressionKind::Variable: return BindVariable(e);
-    case ExpressionKind::SystemVariable: return BindSystemVariable(e);
-    case ExpressionKind::Column: return BindColumn(e, scope);
-    case ExpressionKind::Unary: return BindUnary(e, scope);
-    case ExpressionKind::Binary: return BindBinary(e, scope);
-    case ExpressionKind::Call: return BindCall(e, scope);
-    case ExpressionKind::Cast: return BindCast(e, scope);
-    case ExpressionKind::Case: return BindCase(e, scope);
-    case ExpressionKind::Subquery: return BindSubquery(e, scope);
-    default: break;
+    case ExpressionKind::Variable:
+      return BindVariable(e);
+    case ExpressionKind::SystemVariable:
+      return BindSystemVariable(e);
+    case ExpressionKind::Column:
+      return BindColumn(e, scope);
+    case ExpressionKind::Unary:
+      return BindUnary(e, scope);
+    case ExpressionKind::Binary:
+      return BindBinary(e, scope);
+    case ExpressionKind::Call:
+      return BindCall(e, scope);
+    case ExpressionKind::Cast:
+      return BindCast(e, scope);
+    case ExpressionKind::Case:
+      return BindCase(e, scope);
+    case ExpressionKind::Subquery:
+      return BindSubquery(e, scope);
+    default:
+      break;
   }
-  throw ServerFailure(102, u"Incorrect syntax: a condition stands where a value is expected.", e.line);
+  throw ServerFailure(102, u"Incorrect syntax: a condition stands where a value is expected.",
+                      e.line);
 }
 
 Typed Binder::BindUnary(const Expression& e, Scope& scope) {
@@ -324,9 +347,11 @@ Typed Binder::BindUnary(const Expression& e, Scope& scope) {
   if (operand.isNull || e.operation == Operation::Plus) return operand;
   Typed value;
   if (e.operation == Operation::BitNot) {
-    if (ClassOf(operand.type.type) != TypeClass::Whole) throw Unsupported(u"~ of this type", e.line);
+    if (ClassOf(operand.type.type) != TypeClass::Whole)
+      throw Unsupported(u"~ of this type", e.line);
     value.type = operand.type;
-    value.sql = operand.type.type == SqlType::Bit ? "1 - " + Operand(operand) : "~" + Operand(operand);
+    value.sql =
+        operand.type.type == SqlType::Bit ? "1 - " + Operand(operand) : "~" + Operand(operand);
     return value;
   }
   value.type = NegatedType(operand.type);
@@ -352,7 +377,8 @@ Typed Binder::BindBinary(const Expression& e, Scope& scope) {
   if (right.isNull) right.type = left.type;
   Typed value;
   if (e.operation >= Operation::BitAnd) {
-    if (ClassOf(left.type.type) != TypeClass::Whole || ClassOf(right.type.type) != TypeClass::Whole) {
+    if (ClassOf(left.type.type) != TypeClass::Whole ||
+        ClassOf(right.type.type) != TypeClass::Whole) {
       throw Unsupported(u"a bit operation on this type", e.line);
     }
     if (e.operation == Operation::BitXor) throw Unsupported(u"^", e.line);
@@ -388,8 +414,9 @@ Typed Binder::BindBinary(const Expression& e, Scope& scope) {
   if (IsSameValue(left.type, value.type) && IsSameValue(right.type, value.type)) {
     value.sql = Call(entry.function, {left.sql, right.sql, result});
   } else {
-    value.sql = Call(entry.function, {left.sql, right.sql, result, std::to_string(Encode(left.type)),
-                                      std::to_string(Encode(right.type))});
+    value.sql =
+        Call(entry.function, {left.sql, right.sql, result, std::to_string(Encode(left.type)),
+                              std::to_string(Encode(right.type))});
   }
   return value;
 }
@@ -426,9 +453,9 @@ Typed Binder::BindCase(const Expression& e, Scope& scope) {
   std::vector<Typed> results;
   for (size_t i = 0; i < pairs; ++i) {
     const Expression& when = *e.arguments[first + 2 * i];
-    conditions.push_back(e.hasOperand ? Comparison(Bind(*e.arguments[0], scope), Operation::Equal,
-                                                   Bind(when, scope))
-                                      : Condition(when, scope));
+    conditions.push_back(
+        e.hasOperand ? Comparison(Bind(*e.arguments[0], scope), Operation::Equal, Bind(when, scope))
+                     : Condition(when, scope));
     results.push_back(Bind(*e.arguments[first + 2 * i + 1], scope));
   }
   if (e.hasElse) results.push_back(Bind(*e.arguments.back(), scope));
@@ -457,8 +484,8 @@ Typed Binder::BindSubquery(const Expression& e, Scope& scope) {
   Typed value;
   value.type = query.columns[0].type;
   value.form = Typed::Form::Atom;
-  value.sql = query.singleRow ? "(" + query.sql + ")"
-                              : "(SELECT v_single(c1) FROM (" + query.sql + "))";
+  value.sql =
+      query.singleRow ? "(" + query.sql + ")" : "(SELECT v_single(c1) FROM (" + query.sql + "))";
   return value;
 }
 

@@ -31,11 +31,27 @@ constexpr Rule kRules[] = {
     {u"unicode", "v_unicode", 1, {Argument::Text, kNone}, Result::Int},
     {u"left", "v_left", 2, {Argument::Text, Argument::Int, kNone}, Result::LikeFirst},
     {u"right", "v_right", 2, {Argument::Text, Argument::Int, kNone}, Result::LikeFirst},
-    {u"substring", "v_substring", 3, {Argument::AnyText, Argument::Int, Argument::Int, kNone}, Result::LikeFirst},
-    {u"charindex", "v_charindex", 2, {Argument::Text, Argument::AnyText, Argument::Int, kNone}, Result::Int},
+    {u"substring",
+     "v_substring",
+     3,
+     {Argument::AnyText, Argument::Int, Argument::Int, kNone},
+     Result::LikeFirst},
+    {u"charindex",
+     "v_charindex",
+     2,
+     {Argument::Text, Argument::AnyText, Argument::Int, kNone},
+     Result::Int},
     {u"patindex", "v_patindex", 2, {Argument::Text, Argument::AnyText, kNone}, Result::Int},
-    {u"replace", "v_replace", 3, {Argument::Text, Argument::Text, Argument::Text, kNone}, Result::VarChar},
-    {u"stuff", "v_stuff", 4, {Argument::Text, Argument::Int, Argument::Int, Argument::Text}, Result::VarChar},
+    {u"replace",
+     "v_replace",
+     3,
+     {Argument::Text, Argument::Text, Argument::Text, kNone},
+     Result::VarChar},
+    {u"stuff",
+     "v_stuff",
+     4,
+     {Argument::Text, Argument::Int, Argument::Int, Argument::Text},
+     Result::VarChar},
     {u"ltrim", "v_ltrim", 1, {Argument::Text, kNone}, Result::LikeFirst},
     {u"rtrim", "v_rtrim", 1, {Argument::Text, kNone}, Result::LikeFirst},
     {u"upper", "v_upper", 1, {Argument::Text, kNone}, Result::LikeFirst},
@@ -74,10 +90,10 @@ size_t MostArguments(const Rule& rule) {
 }
 
 DatabaseFailure WrongArguments(const Expression& e, size_t count) {
-  return ServerFailure(174,
-                       u"The " + ToLower(e.name) + u" function requires " + NumberText(count) +
-                           u" argument(s).",
-                       e.line);
+  return ServerFailure(
+      174,
+      u"The " + ToLower(e.name) + u" function requires " + NumberText(count) + u" argument(s).",
+      e.line);
 }
 
 TypeInfo TextResult(bool national) { return national ? NVarChar(4000) : VarChar(8000); }
@@ -86,13 +102,20 @@ TypeInfo ResultOf(Result result, const std::vector<Typed>& arguments) {
   const bool national =
       std::ranges::any_of(arguments, [](const Typed& a) { return IsNational(a.type); });
   switch (result) {
-    case Result::Int: return kInt;
-    case Result::Float: return kFloat;
-    case Result::DateTime: return kDateTime;
-    case Result::NVarChar: return NVarChar(4000);
-    case Result::VarChar: return TextResult(national);
-    case Result::Guid: return {SqlType::UniqueIdentifier, 0, 0, 0};
-    default: break;
+    case Result::Int:
+      return kInt;
+    case Result::Float:
+      return kFloat;
+    case Result::DateTime:
+      return kDateTime;
+    case Result::NVarChar:
+      return NVarChar(4000);
+    case Result::VarChar:
+      return TextResult(national);
+    case Result::Guid:
+      return {SqlType::UniqueIdentifier, 0, 0, 0};
+    default:
+      break;
   }
   const TypeInfo first = arguments[0].type;
   return IsNational(first) ? NVarChar(first.length) : VarChar(first.length);
@@ -117,14 +140,14 @@ Typed Called(std::string sql, TypeInfo type) {
   return value;
 }
 
-constexpr TextView kAggregates[] = {u"avg", u"count", u"count_big", u"max", u"min", u"stdev",
-                                    u"stdevp", u"sum", u"var", u"varp"};
+constexpr TextView kAggregates[] = {u"avg",   u"count",  u"count_big", u"max", u"min",
+                                    u"stdev", u"stdevp", u"sum",       u"var", u"varp"};
 
 }  // namespace
 
 bool IsAggregate(TextView function) {
-  return std::ranges::any_of(
-      kAggregates, [&](TextView name) { return EqualsIgnoreAsciiCase(name, function); });
+  return std::ranges::any_of(kAggregates,
+                             [&](TextView name) { return EqualsIgnoreAsciiCase(name, function); });
 }
 
 bool HasAggregate(const Expression& e) {
@@ -154,9 +177,9 @@ Typed Binder::BindCall(const Expression& e, Scope& scope) {
     TextView name;
     const char* value;
   };
-  static constexpr TextFunction kTexts[] = {{u"db_name", "vellum250"},   {u"user_name", "dbo"},
-                                            {u"suser_sname", "dbo"},     {u"current_user", "dbo"},
-                                            {u"user", "dbo"},            {u"host_name", "localhost"}};
+  static constexpr TextFunction kTexts[] = {{u"db_name", "vellum250"}, {u"user_name", "dbo"},
+                                            {u"suser_sname", "dbo"},   {u"current_user", "dbo"},
+                                            {u"user", "dbo"},          {u"host_name", "localhost"}};
   if (IsAggregate(e.name)) return BindAggregate(e, scope);
   const auto named = [&](const auto& entry) { return EqualsIgnoreAsciiCase(entry.name, e.name); };
   for (const auto& [name, member] : kOwn) {
@@ -211,11 +234,17 @@ Typed Binder::BindCall(const Expression& e, Scope& scope) {
         }
         [[fallthrough]];
       case Argument::AnyText:
-        arguments[i] = Convert(arguments[i], arguments[i].isNull ? VarChar(1) : AsText(arguments[i].type));
+        arguments[i] =
+            Convert(arguments[i], arguments[i].isNull ? VarChar(1) : AsText(arguments[i].type));
         break;
-      case Argument::Int: arguments[i] = Convert(std::move(arguments[i]), kInt); break;
-      case Argument::Float: arguments[i] = Convert(std::move(arguments[i]), kFloat); break;
-      default: break;
+      case Argument::Int:
+        arguments[i] = Convert(std::move(arguments[i]), kInt);
+        break;
+      case Argument::Float:
+        arguments[i] = Convert(std::move(arguments[i]), kFloat);
+        break;
+      default:
+        break;
     }
   }
   std::string sql = CallOf(rule->call, arguments);
@@ -315,8 +344,8 @@ Typed Binder::BindDatePart(const Expression& e, Scope& scope) {
   if (e.arguments.size() != count) throw WrongArguments(e, count);
   const Expression& part = *e.arguments[0];
   if (part.kind != ExpressionKind::Column || !FindDatePart(ToUtf8(part.name))) {
-    throw ServerFailure(155,
-                        u"'" + part.name + u"' is not a recognized " + name + u" option.", e.line);
+    throw ServerFailure(155, u"'" + part.name + u"' is not a recognized " + name + u" option.",
+                        e.line);
   }
   std::string sql = "v_" + ToUtf8(name) + "('" + ToUtf8(part.name) + "', ";
   if (name == u"dateadd") {

@@ -60,8 +60,8 @@ class QueryBinder {
       if (i > 0) bound.sql += " " + ToUtf8(query.operators[i - 1]) + " ";
       // A LIMIT belongs to its own part, which SQLite takes only from a sub-query.
       const bool limited = cores.size() > 1 && !cores[i].limit.empty();
-      bound.sql += limited ? "SELECT * FROM (" + cores[i].Sql(derived) + ")"
-                           : cores[i].Sql(derived);
+      bound.sql +=
+          limited ? "SELECT * FROM (" + cores[i].Sql(derived) + ")" : cores[i].Sql(derived);
     }
     if (cores.size() > 1 && !query.orderBy.empty()) {
       bound.sql += " ORDER BY " + UnionOrder(query.orderBy, cores[0]);
@@ -187,8 +187,9 @@ class QueryBinder {
   std::string Top(const Expression& top, Scope& scope) {
     Typed value = binder_.Bind(top, scope);
     if (ClassOf(value.type.type) != TypeClass::Whole) {
-      throw ServerFailure(1060, u"The number of rows provided for a TOP or FETCH clauses row count "
-                                u"parameter must be an integer.",
+      throw ServerFailure(1060,
+                          u"The number of rows provided for a TOP or FETCH clauses row count "
+                          u"parameter must be an integer.",
                           top.line);
     }
     return value.sql;
@@ -325,7 +326,8 @@ class FromBinder {
     std::string sql;
     for (const SourcePtr& source : from) {
       if (!sql.empty()) {
-        if (HasOuterRight(*source)) throw Unsupported(u"RIGHT or FULL JOIN after a comma", source->line);
+        if (HasOuterRight(*source))
+          throw Unsupported(u"RIGHT or FULL JOIN after a comma", source->line);
         sql += ", ";
       }
       scope_.firstVisible = scope_.sources.size();
@@ -345,7 +347,8 @@ class FromBinder {
 
   std::string BindSource(const Source& source) {
     if (source.left) return BindJoin(source);
-    if (source.query) return Derived(source, *source.query, source.columnNames, source.alias, &scope_);
+    if (source.query)
+      return Derived(source, *source.query, source.columnNames, source.alias, &scope_);
     ObjectPtr table = binder_.Input().catalog.FindSystemView(source.schema, source.name);
     const bool known = source.schema.empty() || EqualsIgnoreAsciiCase(source.schema, u"dbo") ||
                        EqualsIgnoreAsciiCase(source.schema, u"tempdb");
@@ -392,8 +395,9 @@ class FromBinder {
     if (!bound.variables.empty()) throw Unsupported(u"a variable set by a sub-query", source.line);
     if (!names.empty() && names.size() != bound.columns.size()) {
       throw ServerFailure(8159,
-                          u"'" + Text(alias) + u"' has a different number of columns than were "
-                          u"specified in the column list.",
+                          u"'" + Text(alias) +
+                              u"' has a different number of columns than were "
+                              u"specified in the column list.",
                           source.line);
     }
     BoundSource result;

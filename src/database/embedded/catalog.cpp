@@ -129,8 +129,9 @@ void Catalog::Refresh() {
 void Catalog::Reload() {
   ++generation_;
   objects_.clear();
-  hasTemporary_ = database_.Integer(
-                      "SELECT count(*) FROM temp.sqlite_schema WHERE name = 'vellum250_object'") != 0;
+  hasTemporary_ =
+      database_.Integer(
+          "SELECT count(*) FROM temp.sqlite_schema WHERE name = 'vellum250_object'") != 0;
   loadedVersion_ = database_.Integer("PRAGMA user_version");
   Load("main.");
   if (hasTemporary_) Load("temp.");
@@ -173,8 +174,8 @@ void Catalog::CreateTables(const std::string& schema) {
 void Catalog::Load(const std::string& schema) {
   std::map<int64_t, ObjectInfo> loaded;
   const bool temporary = schema == "temp.";
-  Prepared rows =
-      database_.Prepare("SELECT id, name, kind, definition FROM " + schema + "vellum250_object", false);
+  Prepared rows = database_.Prepare(
+      "SELECT id, name, kind, definition FROM " + schema + "vellum250_object", false);
   while (rows.Step(database_)) {
     ObjectInfo& object = loaded[rows.Column(0).Integer()];
     object.id = rows.Column(0).Integer();
@@ -248,7 +249,8 @@ void Catalog::CountChange(bool temporary) {
 
 void Catalog::Add(const ObjectInfo& object) {
   const std::string schema = object.Schema();
-  Run(database_, "INSERT INTO " + schema + "vellum250_object (name, kind, definition) VALUES (?, ?, ?)",
+  Run(database_,
+      "INSERT INTO " + schema + "vellum250_object (name, kind, definition) VALUES (?, ?, ?)",
       {ToUtf8(object.name), static_cast<int64_t>(object.kind), TextOrNull(object.definition)});
   const int64_t id = sqlite3_last_insert_rowid(database_.Get());
   int64_t position = 0;
@@ -267,11 +269,13 @@ void Catalog::Add(const ObjectInfo& object) {
          column.identity ? Value(column.seed) : Value(),
          column.identity ? Value(column.increment) : Value(), TextOrNull(column.defaultText),
          ToUtf8(SqlTypeName(type.type)),
-         !sized                ? Value()
-         : !IsLongText(type)   ? Value(int64_t{type.length})
-         : IsNational(type)    ? Value(int64_t{1073741823})
-                               : Value(int64_t{2147483647}),
-         isFloat ? Value(int64_t{53}) : exact ? Value(int64_t{digits.precision}) : Value(),
+         !sized              ? Value()
+         : !IsLongText(type) ? Value(int64_t{type.length})
+         : IsNational(type)  ? Value(int64_t{1073741823})
+                             : Value(int64_t{2147483647}),
+         isFloat ? Value(int64_t{53})
+         : exact ? Value(int64_t{digits.precision})
+                 : Value(),
          exact ? Value(int64_t{digits.scale}) : Value()});
   }
   ObjectInfo created = object;
@@ -299,8 +303,8 @@ void Catalog::RemoveConstraint(const ObjectInfo& object, TextView constraint) {
 }
 
 void Catalog::Remove(const ObjectInfo& object) {
-  for (const char* table : {"vellum250_constraint WHERE object_id", "vellum250_column WHERE object_id",
-                            "vellum250_object WHERE id"}) {
+  for (const char* table : {"vellum250_constraint WHERE object_id",
+                            "vellum250_column WHERE object_id", "vellum250_object WHERE id"}) {
     Run(database_, "DELETE FROM " + object.Schema() + table + " = ?", {object.id});
   }
   CountChange(object.temporary);

@@ -7,16 +7,21 @@ namespace {
 
 TextView VerbOf(Plan::Kind kind) {
   switch (kind) {
-    case Plan::Kind::Insert: return u"INSERT";
-    case Plan::Kind::Update: return u"UPDATE";
-    default: return u"DELETE";
+    case Plan::Kind::Insert:
+      return u"INSERT";
+    case Plan::Kind::Update:
+      return u"UPDATE";
+    default:
+      return u"DELETE";
   }
 }
 
 // The part of SQLite's message behind ": ".
 Text DetailOf(const ConstraintViolation& violation) {
   const size_t colon = violation.message.find(": ");
-  return colon == std::string::npos ? Text() : FromUtf8(std::string_view(violation.message).substr(colon + 2));
+  return colon == std::string::npos
+             ? Text()
+             : FromUtf8(std::string_view(violation.message).substr(colon + 2));
 }
 
 // "member.member_no, member.grade" -> the names of the columns.
@@ -57,11 +62,11 @@ DatabaseFailure KeyFailure(const Text& detail, const ObjectInfo& table) {
   const ConstraintInfo* key = FindKey(table, detail);
   const Text object = u"dbo." + table.name;
   if (key && key->kind == ConstraintKind::UniqueIndex) {
-    return DuplicateIndexKey(object, key->name, {});
+    return DuplicateIndexKey(object, key->name);
   }
   const bool primary = key && key->kind == ConstraintKind::PrimaryKey;
-  return DuplicateKey(primary ? u"PRIMARY KEY" : u"UNIQUE KEY", key ? TextView(key->name) : TextView(),
-                      object, {});
+  return DuplicateKey(primary ? u"PRIMARY KEY" : u"UNIQUE KEY",
+                      key ? TextView(key->name) : TextView(), object);
 }
 
 // SQLite does not say which key it was. When only one is possible, it is named.
@@ -74,7 +79,8 @@ DatabaseFailure ReferenceFailure(const Plan& plan, const Catalog& catalog) {
       if (constraint.kind != ConstraintKind::ForeignKey) continue;
       const bool parent = EqualsIgnoreAsciiCase(constraint.parent, table.name);
       const bool child = object->id == table.id;
-      if ((parent && plan.kind != Plan::Kind::Insert) || (child && plan.kind != Plan::Kind::Delete)) {
+      if ((parent && plan.kind != Plan::Kind::Insert) ||
+          (child && plan.kind != Plan::Kind::Delete)) {
         candidates.emplace_back(object.get(), &constraint);
       }
     }

@@ -49,7 +49,8 @@ class EmbeddedConnection final : public Connection {
     return batch;
   }
 
-  ProcedureResult Call(TextView procedure, std::span<const ProcedureParameter> parameters) override {
+  ProcedureResult Call(TextView procedure,
+                       std::span<const ProcedureParameter> parameters) override {
     std::vector<TypedValue> values;
     for (const ProcedureParameter& parameter : parameters) {
       values.push_back(FromVariant(parameter.value));
@@ -72,7 +73,8 @@ class EmbeddedConnection final : public Connection {
 };
 
 bool IsYes(TextView value) {
-  return EqualsIgnoreAsciiCase(value, u"yes") || EqualsIgnoreAsciiCase(value, u"true") || value == u"1";
+  return EqualsIgnoreAsciiCase(value, u"yes") || EqualsIgnoreAsciiCase(value, u"true") ||
+         value == u"1";
 }
 
 int32_t TimeoutOf(const ConnectionString& connectionString) {

@@ -223,14 +223,13 @@ DatabaseFailure ConstraintConflict(TextView statement, TextView kind, TextView c
              constraint, u"\". The conflict occurred in table \"", table, u"\"",
              column.empty() ? Text() : u", column '" + Text(column) + u"'", u".");
 }
-DatabaseFailure DuplicateIndexKey(TextView table, TextView index, TextView key) {
+DatabaseFailure DuplicateIndexKey(TextView table, TextView index) {
   return Say(2601, u"Cannot insert duplicate key row in object '", table, u"' with unique index '",
-             index, u"'. The duplicate key value is (", key, u").");
+             index, u"'.");
 }
-DatabaseFailure DuplicateKey(TextView kind, TextView constraint, TextView table, TextView key) {
+DatabaseFailure DuplicateKey(TextView kind, TextView constraint, TextView table) {
   return Say(2627, u"Violation of ", kind, u" constraint '", constraint,
-             u"'. Cannot insert duplicate key in object '", table,
-             u"'. The duplicate key value is (", key, u").");
+             u"'. Cannot insert duplicate key in object '", table, u"'.");
 }
 DatabaseFailure TextTruncated(TextView table, TextView column, TextView kept) {
   return Say(2628, u"String or binary data would be truncated in table '", table, u"', column '",

@@ -71,9 +71,8 @@ DatabaseFailure NullNotAllowed(TextView column, TextView table, TextView stateme
 DatabaseFailure IdentityInsertOff(TextView table);                                    // 544
 DatabaseFailure ConstraintConflict(TextView statement, TextView kind, TextView constraint,
                                    TextView table, TextView column);              // 547
-DatabaseFailure DuplicateIndexKey(TextView table, TextView index, TextView key);  // 2601
-DatabaseFailure DuplicateKey(TextView kind, TextView constraint, TextView table,
-                             TextView key);                                     // 2627
+DatabaseFailure DuplicateIndexKey(TextView table, TextView index);                    // 2601
+DatabaseFailure DuplicateKey(TextView kind, TextView constraint, TextView table);     // 2627
 DatabaseFailure TextTruncated(TextView table, TextView column, TextView kept);  // 2628
 
 }  // namespace vellum250::database::embedded

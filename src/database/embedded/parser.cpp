@@ -44,15 +44,15 @@ DatabaseFailure Parser::SyntaxError() const {
   const bool atEnd = Current().kind == TokenKind::End && at_ > 0;
   const Token& token = atEnd ? scanned_.tokens[at_ - 1] : Current();
   const TextView text = TextOf(token).substr(0, 128);
-  if (token.kind == TokenKind::Name && IsReserved(text)) {
+  if (!atEnd && token.kind == TokenKind::Name && IsReserved(text)) {
     return ServerFailure(156, u"Incorrect syntax near the keyword '" + Text(text) + u"'.",
                          token.line);
   }
   const bool literal = token.kind == TokenKind::Literal && text.starts_with(u'\'');
-  return ServerFailure(102,
-                       u"Incorrect syntax near '" +
-                           Text(literal ? text.substr(1, text.size() - 2) : text) + u"'.",
-                       token.line);
+  return ServerFailure(
+      102,
+      u"Incorrect syntax near '" + Text(literal ? text.substr(1, text.size() - 2) : text) + u"'.",
+      token.line);
 }
 
 bool Parser::AtName() const {
@@ -197,10 +197,10 @@ StatementPtr Parser::ParseStatement() {
 }
 
 void Parser::ParseStatementInto(Statement& statement) {
-  static constexpr TextView kRefused[] = {u"while", u"cursor", u"goto",     u"waitfor", u"use",
-                                          u"grant", u"revoke", u"deny",     u"truncate", u"merge",
-                                          u"open",  u"fetch",  u"close",    u"deallocate", u"alter",
-                                          u"with",  u"throw",  u"break",    u"continue", u"save"};
+  static constexpr TextView kRefused[] = {u"while", u"cursor", u"goto",  u"waitfor",    u"use",
+                                          u"grant", u"revoke", u"deny",  u"truncate",   u"merge",
+                                          u"open",  u"fetch",  u"close", u"deallocate", u"alter",
+                                          u"with",  u"throw",  u"break", u"continue",   u"save"};
   if (At(u"select")) {
     statement.node = SelectStatement{ParseQuery()};
   } else if (Take(u"insert")) {
@@ -279,8 +279,9 @@ void Parser::ParseSet(Statement& statement) {
   }
   // These say what this database does anyway, or how the server plans.
   static constexpr TextView kIgnored[] = {
-      u"ansi_nulls", u"ansi_padding", u"ansi_warnings", u"ansi_null_dflt_on", u"quoted_identifier",
-      u"arithabort", u"concat_null_yields_null", u"numeric_roundabort", u"xact_abort"};
+      u"ansi_nulls",        u"ansi_padding", u"ansi_warnings",           u"ansi_null_dflt_on",
+      u"quoted_identifier", u"arithabort",   u"concat_null_yields_null", u"numeric_roundabort",
+      u"xact_abort"};
   SetOptionStatement option;
   do {
     if (At(u"nocount")) {
@@ -331,7 +332,8 @@ DeclareStatement Parser::ParseDeclare() {
     DeclareStatement::Variable variable;
     variable.name = TakeVariable();
     Take(u"as");
-    if (At(u"cursor") || At(u"table")) throw Refused(u"a variable of type " + Text(TextOf(Current())));
+    if (At(u"cursor") || At(u"table"))
+      throw Refused(u"a variable of type " + Text(TextOf(Current())));
     variable.type = TakeType(1);
     if (Take(u"=")) variable.value = ParseSum();
     declare.variables.push_back(std::move(variable));
@@ -359,8 +361,11 @@ ExecuteStatement Parser::ParseExecute() {
       if (AtName()) throw Refused(u"an argument without quotes");
       argument.value = At(u"-") || At(u"+") ? ParseUnary() : ParsePrimary();
       switch (argument.value->kind) {
-        case ExpressionKind::Literal: case ExpressionKind::Null: case ExpressionKind::Unary:
-        case ExpressionKind::Variable: case ExpressionKind::SystemVariable:
+        case ExpressionKind::Literal:
+        case ExpressionKind::Null:
+        case ExpressionKind::Unary:
+        case ExpressionKind::Variable:
+        case ExpressionKind::SystemVariable:
         case ExpressionKind::Marker:
           break;
         default:

@@ -42,7 +42,9 @@ class Parser {
   bool Take(TextView wordOrSymbol);
   void Expect(TextView wordOrSymbol);
   DatabaseFailure SyntaxError() const;
-  DatabaseFailure Refused(TextView construct) const { return Unsupported(construct, Current().line); }
+  DatabaseFailure Refused(TextView construct) const {
+    return Unsupported(construct, Current().line);
+  }
   bool AtName() const;
   Text TakeName();
   Text TakeVariable();
@@ -51,7 +53,7 @@ class Parser {
     Text name;
   };
   ObjectName TakeObjectName();
-  Text TakeTableName();  // without a schema, or of dbo
+  Text TakeTableName();              // without a schema, or of dbo
   std::vector<Text> TakeNameList();  // (a, b, c)
   int64_t TakeWholeNumber();         // pins the literal
   TypeInfo TakeType(int32_t unsized);

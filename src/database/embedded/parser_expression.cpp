@@ -232,7 +232,7 @@ ExpressionPtr Parser::ParseNamed() {
     const bool isFunction = AtName() || AtAny({u"left", u"right", u"coalesce", u"nullif"});
     if (!isFunction) throw SyntaxError();
     Text name(Current().kind == TokenKind::QuotedName ? Unquoted(TextOf(Current()))
-                                                     : Text(TextOf(Current())));
+                                                      : Text(TextOf(Current())));
     ++at_;
     return ParseCall(std::move(name));
   }
@@ -314,8 +314,6 @@ ExpressionPtr Parser::ParseCase() {
   return node;
 }
 
-ExpressionPtr Parser::ParseOptionalDefault() {
-  return Take(u"default") ? nullptr : ParseSum();
-}
+ExpressionPtr Parser::ParseOptionalDefault() { return Take(u"default") ? nullptr : ParseSum(); }
 
 }  // namespace vellum250::database::embedded

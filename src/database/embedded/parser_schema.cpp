@@ -18,8 +18,7 @@ void Parser::ParseCreate(Statement& statement) {
     if (statement.index != 0) {
       const Text kind = At(u"view") ? u"VIEW" : u"PROCEDURE";
       throw ServerFailure(111,
-                          u"'CREATE " + kind +
-                              u"' must be the first statement in a query batch.",
+                          u"'CREATE " + kind + u"' must be the first statement in a query batch.",
                           statement.line);
     }
     if (At(u"view")) {
@@ -251,11 +250,12 @@ CreateProcedureStatement Parser::ParseCreateProcedure(size_t firstToken) {
 }
 
 DropStatement Parser::ParseDrop() {
-  static constexpr std::pair<TextView, ObjectKind> kKinds[] = {{u"table", ObjectKind::Table},
-                                                               {u"view", ObjectKind::View},
-                                                               {u"procedure", ObjectKind::Procedure},
-                                                               {u"proc", ObjectKind::Procedure},
-                                                               {u"index", ObjectKind::Index}};
+  static constexpr std::pair<TextView, ObjectKind> kKinds[] = {
+      {u"table", ObjectKind::Table},
+      {u"view", ObjectKind::View},
+      {u"procedure", ObjectKind::Procedure},
+      {u"proc", ObjectKind::Procedure},
+      {u"index", ObjectKind::Index}};
   const auto* kind =
       std::ranges::find_if(kKinds, [&](const auto& entry) { return At(entry.first); });
   if (kind == std::end(kKinds)) throw Refused(u"DROP " + Text(TextOf(Current())));

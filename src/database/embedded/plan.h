@@ -9,7 +9,12 @@
 namespace vellum250::database::embedded {
 
 enum class SystemValue : uint8_t {
-  Now, RowCount, Identity, ScopeIdentity, TransactionCount, Error
+  Now,
+  RowCount,
+  Identity,
+  ScopeIdentity,
+  TransactionCount,
+  Error
 };
 
 // A value that is bound when the statement runs.
@@ -58,6 +63,10 @@ struct VariableInfo {
   Text name;
   TypeInfo type;
 };
+
+// A batch with more literals than this is not kept for another run, and its whole numbers stand in
+// the SQL text: SQLite takes time by the square of the number of parameters.
+inline constexpr size_t kMostKeptLiterals = 256;
 
 // What binding needs besides the tree.
 struct BindInput {

@@ -97,7 +97,8 @@ std::shared_ptr<Program> ProgramCache::Get(TextView batch, Scanned& scanned,
   auto program = std::make_shared<Program>(
       batch, Scanned{std::move(scanned.tokens), scanned.literals, scanned.markers, {}},
       std::move(types));
-  if (program->Cacheable() && shape.size() <= kLongestShape) {
+  const bool small = shape.size() <= kLongestShape && scanned.literals.size() <= kMostKeptLiterals;
+  if (program->Cacheable() && small) {
     if (count_ >= kMostPrograms) MakeRoom();
     entries_[std::move(shape)].push_back({program, clock_});
     ++count_;

@@ -29,6 +29,11 @@ bool UndoesTransaction(int32_t message) {
   return std::ranges::binary_search(kMessages, message);
 }
 
+bool ChangesSchema(const Statement& statement) {
+  return std::holds_alternative<CreateTableStatement>(statement.node) ||
+         std::holds_alternative<DropStatement>(statement.node);
+}
+
 }  // namespace
 
 // One run of a plan: its statement is reset when this goes, and the values it was bound to with it.
@@ -66,8 +71,9 @@ void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
     for (const Variant& parameter : parameters) markers.push_back(FromVariant(parameter));
     session_.Objects().Refresh();
     const std::shared_ptr<Program> program = session_.Programs().Get(sql, scanned, markers);
-    Frame frame{*program, scanned.literals, markers,
-                std::vector<Value>(program->Variables().size()), {}, 0};
+    Frame frame{*program, scanned.literals,
+                markers,  std::vector<Value>(program->Variables().size()),
+                {},       0};
     BindAhead(program->Tree().statements, frame);
     RunBlock(program->Tree().statements, frame);
   } catch (const DatabaseFailure& failure) {
@@ -79,13 +85,16 @@ void Runner::BindAhead(const Block& block, Frame& frame) {
   for (const StatementPtr& statement : block) {
     try {
       if (const auto* select = std::get_if<SelectStatement>(&statement->node)) {
-        PlanOf(select, frame, [&](const BindInput& input) { return BindSelect(input, *select->query); });
+        PlanOf(select, frame,
+               [&](const BindInput& input) { return BindSelect(input, *select->query); });
       } else if (std::holds_alternative<InsertStatement>(statement->node) ||
                  std::holds_alternative<UpdateStatement>(statement->node) ||
                  std::holds_alternative<DeleteStatement>(statement->node)) {
         ChangePlan(*statement, frame);
       } else if (const auto* inner = std::get_if<BlockStatement>(&statement->node)) {
         BindAhead(inner->body, frame);
+      } else if (ChangesSchema(*statement)) {
+        return;
       }
     } catch (const DatabaseFailure& failure) {
       // A table may yet be made by a statement before.
@@ -193,34 +202,55 @@ Value Runner::SlotValue(const Slot& slot, Frame& frame) {
   const Value* value = &slot.constant;
   Value system;
   switch (slot.kind) {
-    case Slot::Kind::Literal: value = &frame.literals[static_cast<size_t>(slot.index)].value; break;
-    case Slot::Kind::Marker: value = &frame.markers[static_cast<size_t>(slot.index)].value; break;
-    case Slot::Kind::Variable: value = &frame.variables[static_cast<size_t>(slot.index)]; break;
-    case Slot::Kind::Constant: break;
+    case Slot::Kind::Literal:
+      value = &frame.literals[static_cast<size_t>(slot.index)].value;
+      break;
+    case Slot::Kind::Marker:
+      value = &frame.markers[static_cast<size_t>(slot.index)].value;
+      break;
+    case Slot::Kind::Variable:
+      value = &frame.variables[static_cast<size_t>(slot.index)];
+      break;
+    case Slot::Kind::Constant:
+      break;
     case Slot::Kind::System:
       value = &system;
       switch (static_cast<SystemValue>(slot.index)) {
-        case SystemValue::Now: system = CurrentMoment(); break;
-        case SystemValue::RowCount: system = state.rowCount; break;
-        case SystemValue::Identity: system = state.identity; break;
-        case SystemValue::ScopeIdentity: system = frame.scopeIdentity; break;
-        case SystemValue::TransactionCount: system = int64_t{state.transactionCount}; break;
-        case SystemValue::Error: system = int64_t{state.error}; break;
+        case SystemValue::Now:
+          system = CurrentMoment();
+          break;
+        case SystemValue::RowCount:
+          system = state.rowCount;
+          break;
+        case SystemValue::Identity:
+          system = state.identity;
+          break;
+        case SystemValue::ScopeIdentity:
+          system = frame.scopeIdentity;
+          break;
+        case SystemValue::TransactionCount:
+          system = int64_t{state.transactionCount};
+          break;
+        case SystemValue::Error:
+          system = int64_t{state.error};
+          break;
       }
       break;
   }
   switch (slot.conversion) {
-    case Slot::Conversion::None: return *value;
-    case Slot::Conversion::Convert: return Convert(*value, slot.from, slot.to);
-    default: return Assign(*value, slot.from, slot.to, slot.column, slot.table);
+    case Slot::Conversion::None:
+      return *value;
+    case Slot::Conversion::Convert:
+      return Convert(*value, slot.from, slot.to);
+    default:
+      return Assign(*value, slot.from, slot.to, slot.column, slot.table);
   }
 }
 
 TypedValue Runner::Evaluate(const Expression& expression, Frame& frame,
                             std::optional<TypeInfo> type) {
-  Plan& plan = PlanOf(&expression, frame, [&](const BindInput& input) {
-    return BindValue(input, expression, type);
-  });
+  Plan& plan = PlanOf(&expression, frame,
+                      [&](const BindInput& input) { return BindValue(input, expression, type); });
   Execution execution(*this, plan, frame);
   execution.Step();
   return {execution.Column(0).Copy(), plan.columns[0].type};
@@ -289,8 +319,7 @@ void Runner::RunChange(Plan& plan, Frame& frame) {
     if (plan.givesIdentity && !allowed) throw IdentityInsertOff(plan.table->name);
     if (!plan.givesIdentity && allowed) {
       throw ServerFailure(545, u"Explicit value must be specified for identity column in table '" +
-                                   plan.table->name +
-                                   u"' when IDENTITY_INSERT is set to ON.");
+                                   plan.table->name + u"' when IDENTITY_INSERT is set to ON.");
     }
   }
   try {
@@ -345,9 +374,12 @@ Runner::Flow Runner::RunIf(const IfStatement& branch, Frame& frame) {
 
 void Runner::RunTransaction(TransactionVerb verb) {
   switch (verb) {
-    case TransactionVerb::Begin: return session_.BeginTransaction();
-    case TransactionVerb::Commit: return session_.CommitTransaction();
-    default: return session_.RollbackTransaction();
+    case TransactionVerb::Begin:
+      return session_.BeginTransaction();
+    case TransactionVerb::Commit:
+      return session_.CommitTransaction();
+    default:
+      return session_.RollbackTransaction();
   }
 }
 
@@ -398,14 +430,14 @@ Runner::Arguments Runner::Evaluate(const ExecuteStatement& execute,
         return EqualsIgnoreAsciiCase(p.name, argument.name);
       });
       if (found == parameters.end()) {
-        throw ServerFailure(8145, argument.name + u" is not a parameter for procedure " +
-                                      procedure.name + u".");
+        throw ServerFailure(
+            8145, argument.name + u" is not a parameter for procedure " + procedure.name + u".");
       }
       index = static_cast<size_t>(found - parameters.begin());
     }
     if (index >= parameters.size()) {
-      throw ServerFailure(8144, u"Procedure or function " + procedure.name +
-                                    u" has too many arguments specified.");
+      throw ServerFailure(
+          8144, u"Procedure or function " + procedure.name + u" has too many arguments specified.");
     }
     if (argument.output && !parameters[index].output) {
       throw ServerFailure(8162, u"The formal parameter \"" + parameters[index].name +
@@ -442,8 +474,9 @@ void Runner::RunExecute(const ExecuteStatement& execute, Frame& frame) {
     const auto* source = arguments.sources[i];
     if (source == nullptr || !source->output) continue;
     if (source->value->kind != ExpressionKind::Variable) {
-      throw ServerFailure(179, u"Cannot use the OUTPUT option when passing a constant to a stored "
-                               u"procedure.");
+      throw ServerFailure(179,
+                          u"Cannot use the OUTPUT option when passing a constant to a stored "
+                          u"procedure.");
     }
     store(source->value->name, arguments.values[i].value, arguments.values[i].type);
   }
@@ -453,8 +486,9 @@ int32_t Runner::RunProcedure(Program& program, std::vector<TypedValue>& values,
                              const std::vector<bool>& given) {
   const CreateProcedureStatement& procedure = *program.Procedure();
   const std::vector<TypedValue> noMarkers;
-  Frame frame{program, program.Literals(), noMarkers,
-              std::vector<Value>(program.Variables().size()), {}, 0};
+  Frame frame{program,   program.Literals(),
+              noMarkers, std::vector<Value>(program.Variables().size()),
+              {},        0};
   for (size_t i = 0; i < procedure.parameters.size(); ++i) {
     const ParameterDefinition& parameter = procedure.parameters[i];
     if (!given[i]) {
@@ -469,8 +503,9 @@ int32_t Runner::RunProcedure(Program& program, std::vector<TypedValue>& values,
     }
   }
   if (depth_ >= kMaxCalls) {
-    throw ServerFailure(217, u"Maximum stored procedure, function, trigger, or view nesting level "
-                             u"exceeded (limit 32).");
+    throw ServerFailure(217,
+                        u"Maximum stored procedure, function, trigger, or view nesting level "
+                        u"exceeded (limit 32).");
   }
   const bool noCount = session_.State().noCount;
   ++depth_;
@@ -490,8 +525,8 @@ int32_t Runner::CallProcedure(TextView name, std::vector<TypedValue>& values) {
   if (!program) throw NoSuchProcedure(name);
   const size_t count = program->Procedure()->parameters.size();
   if (values.size() > count) {
-    throw ServerFailure(8144, u"Procedure or function " + Text(name) +
-                                  u" has too many arguments specified.");
+    throw ServerFailure(
+        8144, u"Procedure or function " + Text(name) + u" has too many arguments specified.");
   }
   std::vector<bool> given(count, false);
   std::fill_n(given.begin(), values.size(), true);

@@ -13,7 +13,8 @@ class Runner {
   Runner(Session& session, Batch& batch) : session_(session), batch_(batch) {}
 
   void RunBatch(TextView sql, std::span<const Variant> parameters);
-  // Gives the return value; `values` are the arguments in order and become what they are at the end.
+  // Gives the return value; `values` are the arguments in order and become what they are at the
+  // end.
   int32_t CallProcedure(TextView name, std::vector<TypedValue>& values);
 
  private:

@@ -25,11 +25,14 @@ ObjectPtr RequireTable(const Catalog& catalog, TextView name) {
 
 const char* StorageOf(TypeInfo type) {
   switch (ClassOf(type.type)) {
-    case TypeClass::Float: return "REAL";
+    case TypeClass::Float:
+      return "REAL";
     case TypeClass::Text:
     case TypeClass::DateTime:
-    case TypeClass::Guid: return "TEXT";
-    default: return "INTEGER";
+    case TypeClass::Guid:
+      return "TEXT";
+    default:
+      return "INTEGER";
   }
 }
 
@@ -50,10 +53,14 @@ std::string QuotedList(const std::vector<Text>& names) {
 
 TextView PrefixOf(ConstraintKind kind) {
   switch (kind) {
-    case ConstraintKind::PrimaryKey: return u"PK";
-    case ConstraintKind::Unique: return u"UQ";
-    case ConstraintKind::ForeignKey: return u"FK";
-    default: return u"CK";
+    case ConstraintKind::PrimaryKey:
+      return u"PK";
+    case ConstraintKind::Unique:
+      return u"UQ";
+    case ConstraintKind::ForeignKey:
+      return u"FK";
+    default:
+      return u"CK";
   }
 }
 
@@ -73,7 +80,8 @@ class TableMaker {
     for (const ConstraintDefinition& constraint : statement_.constraints) Prepare(constraint);
     database_.Execute(Sql());
     for (const ConstraintInfo& constraint : table_.constraints) {
-      if (constraint.kind == ConstraintKind::PrimaryKey || constraint.kind == ConstraintKind::Unique) {
+      if (constraint.kind == ConstraintKind::PrimaryKey ||
+          constraint.kind == ConstraintKind::Unique) {
         MakeUnique(constraint);
       }
     }
@@ -122,11 +130,13 @@ class TableMaker {
     column.defaultText = definition.defaultText;
     if (column.identity) {
       if (table_.Identity()) {
-        throw ServerFailure(2744, u"Multiple identity columns specified for table '" + table_.name +
-                                      u"'. Only one identity column per table is allowed.",
+        throw ServerFailure(2744,
+                            u"Multiple identity columns specified for table '" + table_.name +
+                                u"'. Only one identity column per table is allowed.",
                             definition.line);
       }
-      const bool whole = ClassOf(column.type.type) == TypeClass::Whole && column.type.type != SqlType::Bit;
+      const bool whole =
+          ClassOf(column.type.type) == TypeClass::Whole && column.type.type != SqlType::Bit;
       if (!whole) throw Unsupported(u"an identity column of this type", definition.line);
       column.nullable = false;
     }
@@ -143,9 +153,9 @@ class TableMaker {
     for (const Text& name : constraint.columns) RequireKeyColumn(name, definition);
     if (constraint.kind == ConstraintKind::PrimaryKey) {
       if (table_.PrimaryKey()) {
-        throw ServerFailure(8110, u"Cannot add multiple PRIMARY KEY constraints to table '" +
-                                      table_.name + u"'.",
-                            definition.line);
+        throw ServerFailure(
+            8110, u"Cannot add multiple PRIMARY KEY constraints to table '" + table_.name + u"'.",
+            definition.line);
       }
       for (ColumnInfo& column : table_.columns) {
         for (const Text& name : constraint.columns) {
@@ -153,15 +163,16 @@ class TableMaker {
         }
       }
     }
-    if (constraint.kind == ConstraintKind::Check) checks_.push_back({constraint.name, definition.check});
+    if (constraint.kind == ConstraintKind::Check)
+      checks_.push_back({constraint.name, definition.check});
     if (constraint.kind == ConstraintKind::ForeignKey) PrepareForeignKey(constraint, definition);
     table_.constraints.push_back(std::move(constraint));
   }
 
   void RequireKeyColumn(const Text& name, const ConstraintDefinition& definition) const {
     if (table_.Find(name)) return;
-    throw ServerFailure(1911, u"Column name '" + name +
-                                  u"' does not exist in the target table or view.",
+    throw ServerFailure(1911,
+                        u"Column name '" + name + u"' does not exist in the target table or view.",
                         definition.line);
   }
 
@@ -173,8 +184,9 @@ class TableMaker {
     const bool toItself = EqualsIgnoreAsciiCase(constraint.parent, table_.name);
     const ObjectPtr found = toItself ? nullptr : catalog_.Find(constraint.parent);
     if (!toItself && (!found || found->kind != ObjectKind::Table)) {
-      throw ServerFailure(1767, u"Foreign key '" + constraint.name +
-                                    u"' references invalid table '" + constraint.parent + u"'.",
+      throw ServerFailure(1767,
+                          u"Foreign key '" + constraint.name + u"' references invalid table '" +
+                              constraint.parent + u"'.",
                           definition.line);
     }
     const ObjectInfo& parent = toItself ? table_ : *found;
@@ -184,9 +196,12 @@ class TableMaker {
     }
     if (!IsKey(parent, constraint.parentColumns) ||
         constraint.parentColumns.size() != constraint.columns.size()) {
-      throw ServerFailure(1776, u"There are no primary or candidate keys in the referenced table '" +
-                                    parent.name + u"' that match the referencing column list in the "
-                                    u"foreign key '" + constraint.name + u"'.",
+      throw ServerFailure(1776,
+                          u"There are no primary or candidate keys in the referenced table '" +
+                              parent.name +
+                              u"' that match the referencing column list in the "
+                              u"foreign key '" +
+                              constraint.name + u"'.",
                           definition.line);
     }
     std::string sql = "CONSTRAINT " + QuotedName(constraint.name) + " FOREIGN KEY (" +
@@ -200,7 +215,8 @@ class TableMaker {
   static bool IsKey(const ObjectInfo& parent, const std::vector<Text>& columns) {
     for (const ConstraintInfo& key : parent.constraints) {
       const bool unique = key.kind == ConstraintKind::PrimaryKey ||
-                          key.kind == ConstraintKind::Unique || key.kind == ConstraintKind::UniqueIndex;
+                          key.kind == ConstraintKind::Unique ||
+                          key.kind == ConstraintKind::UniqueIndex;
       if (!unique || key.columns.size() != columns.size()) continue;
       if (std::ranges::equal(key.columns, columns, EqualsIgnoreAsciiCase)) return true;
     }
@@ -324,8 +340,8 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
   const ObjectPtr table = RequireTable(catalog, statement.table);
   for (const Text& column : statement.columns) {
     if (!table->Find(column)) {
-      throw ServerFailure(1911, u"Column name '" + column +
-                                    u"' does not exist in the target table or view.");
+      throw ServerFailure(
+          1911, u"Column name '" + column + u"' does not exist in the target table or view.");
     }
   }
   Transaction transaction(database);
@@ -343,14 +359,14 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
         if (i > 0) keys += ", ";
         keys += QuotedName(statement.columns[i]) + (statement.descending[i] ? " DESC" : "");
       }
-      database.Execute("CREATE INDEX " + table->Schema() +
-                       QuotedName(statement.index) + " ON " + QuotedName(table->name) + " (" + keys +
-                       ")");
+      database.Execute("CREATE INDEX " + table->Schema() + QuotedName(statement.index) + " ON " +
+                       QuotedName(table->name) + " (" + keys + ")");
     }
   } catch (const ConstraintViolation&) {
-    throw ServerFailure(1505, u"The CREATE UNIQUE INDEX statement terminated because a duplicate "
-                              u"key was found for the object name 'dbo." + table->name +
-                                  u"' and the index name '" + statement.index + u"'.");
+    throw ServerFailure(1505,
+                        u"The CREATE UNIQUE INDEX statement terminated because a duplicate "
+                        u"key was found for the object name 'dbo." +
+                            table->name + u"' and the index name '" + statement.index + u"'.");
   }
   transaction.Commit();
   catalog.Reload();
@@ -366,17 +382,19 @@ void CreateView(Database& database, Catalog& catalog, const CreateViewStatement&
   view.kind = ObjectKind::View;
   view.definition = statement.definition;
   if (!statement.columnNames.empty() && statement.columnNames.size() != plan.columns.size()) {
-    throw ServerFailure(8158, u"'" + view.name + u"' has more columns than were specified in the "
-                              u"column list.");
+    throw ServerFailure(8158, u"'" + view.name +
+                                  u"' has more columns than were specified in the "
+                                  u"column list.");
   }
   for (size_t i = 0; i < plan.columns.size(); ++i) {
     ColumnInfo column;
     column.name = statement.columnNames.empty() ? plan.columns[i].name : statement.columnNames[i];
     column.type = plan.columns[i].type;
     if (column.name.empty()) {
-      throw ServerFailure(4511, u"Create View or Function failed because no column name was "
-                                u"specified for column " + NumberText(static_cast<int64_t>(i + 1)) +
-                                    u".");
+      throw ServerFailure(4511,
+                          u"Create View or Function failed because no column name was "
+                          u"specified for column " +
+                              NumberText(static_cast<int64_t>(i + 1)) + u".");
     }
     view.columns.push_back(std::move(column));
   }

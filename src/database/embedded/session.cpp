@@ -54,8 +54,8 @@ Session::Session(const Text& path, bool create, int32_t timeoutMilliseconds)
     : database_(path, create, timeoutMilliseconds), catalog_(database_) {
   sqlite3_create_function_v2(database_.Get(), "v_identity", 3, SQLITE_UTF8, this, &NextKeyFunction,
                              nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(database_.Get(), "v_single", 1, SQLITE_UTF8, this, nullptr, &SingleStep,
-                             &SingleFinal, nullptr);
+  sqlite3_create_function_v2(database_.Get(), "v_single", 1, SQLITE_UTF8, this, nullptr,
+                             &SingleStep, &SingleFinal, nullptr);
 }
 
 Session::~Session() { EndTransactions(); }
@@ -82,8 +82,8 @@ void Session::BeginTransaction() {
 
 void Session::CommitTransaction() {
   if (state_.transactionCount == 0) {
-    throw ServerFailure(
-        3902, u"The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+    throw ServerFailure(3902,
+                        u"The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
   }
   if (state_.transactionCount == 1) {
     database_.Execute("COMMIT");
@@ -129,10 +129,10 @@ void Session::RestoreKeys() {
 void Session::UseUpKey(const ObjectInfo& table) {
   const ColumnInfo* identity = table.Identity();
   if (identity == nullptr) return;
-  Prepared update = database_.Prepare(
-      "UPDATE " + table.Schema() +
-          "sqlite_sequence SET seq = seq + ?1 WHERE name = ?2 RETURNING seq",
-      false);
+  Prepared update =
+      database_.Prepare("UPDATE " + table.Schema() +
+                            "sqlite_sequence SET seq = seq + ?1 WHERE name = ?2 RETURNING seq",
+                        false);
   const Value name = ToUtf8(table.name);
   update.Bind(1, identity->increment);
   update.Bind(2, name);
@@ -146,10 +146,10 @@ void Session::UseUpKey(const ObjectInfo& table) {
 
 int64_t Session::NextKey(bool temporary, const std::string& table, int64_t increment) {
   if (!nextKey_) {
-    Prepared select = database_.Prepare(
-        temporary ? "SELECT seq FROM temp.sqlite_sequence WHERE name = ?"
-                  : "SELECT seq FROM main.sqlite_sequence WHERE name = ?",
-        false);
+    Prepared select =
+        database_.Prepare(temporary ? "SELECT seq FROM temp.sqlite_sequence WHERE name = ?"
+                                    : "SELECT seq FROM main.sqlite_sequence WHERE name = ?",
+                          false);
     const Value name = table;
     select.Bind(1, name);
     nextKey_ = select.Step(database_) ? select.Column(0).Integer() : 0;
@@ -173,8 +173,7 @@ bool Session::Reset(int32_t timeoutMilliseconds) noexcept {
 
 bool Session::IsCurrent() const {
   int moved = 0;
-  const int code =
-      sqlite3_file_control(database_.Get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  const int code = sqlite3_file_control(database_.Get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
   return code != SQLITE_OK || moved == 0;
 }
 

@@ -13,9 +13,9 @@ struct SessionState {
   bool noCount = false;
   int32_t transactionCount = 0;
   int64_t rowCount = 0;
-  int32_t error = 0;  // @@ERROR
-  Value identity;     // @@IDENTITY
-  Text identityInsert;  // the table of SET IDENTITY_INSERT ... ON
+  int32_t error = 0;           // @@ERROR
+  Value identity;              // @@IDENTITY
+  Text identityInsert;         // the table of SET IDENTITY_INSERT ... ON
   bool schemaChanged = false;  // within the open transaction
   // The last keys given in the open transaction: a roll-back does not give them again.
   std::map<std::string, int64_t> keysGiven;  // by the table's name, unquoted

@@ -37,9 +37,12 @@ void Prepared::Bind(int position, const Value& value) {
 ValueRef Prepared::Column(int index) const {
   sqlite3_stmt* statement = statement_.get();
   switch (sqlite3_column_type(statement, index)) {
-    case SQLITE_INTEGER: return int64_t{sqlite3_column_int64(statement, index)};
-    case SQLITE_FLOAT: return sqlite3_column_double(statement, index);
-    case SQLITE_NULL: return {};
+    case SQLITE_INTEGER:
+      return int64_t{sqlite3_column_int64(statement, index)};
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(statement, index);
+    case SQLITE_NULL:
+      return {};
     default: {
       const auto* text = static_cast<const char*>(sqlite3_column_blob(statement, index));
       const auto length = static_cast<size_t>(sqlite3_column_bytes(statement, index));
@@ -122,9 +125,8 @@ void Database::Configure(int32_t timeoutMilliseconds) {
 Prepared Database::Prepare(std::string_view sql, bool keep) {
   Prepared prepared;
   sqlite3_stmt* statement = nullptr;
-  const int code =
-      sqlite3_prepare_v3(handle_.get(), sql.data(), static_cast<int>(sql.size()),
-                         keep ? SQLITE_PREPARE_PERSISTENT : 0, &statement, nullptr);
+  const int code = sqlite3_prepare_v3(handle_.get(), sql.data(), static_cast<int>(sql.size()),
+                                      keep ? SQLITE_PREPARE_PERSISTENT : 0, &statement, nullptr);
   if (code != SQLITE_OK) Fail(code);
   prepared.statement_.reset(statement);
   return prepared;

@@ -21,7 +21,7 @@ using StatementPtr = std::unique_ptr<Statement>;
 using Block = std::vector<StatementPtr>;
 
 enum class ExpressionKind : uint8_t {
-  Literal,         // index
+  Literal,  // index
   Null,
   Marker,          // index
   Variable,        // name, with its @
@@ -35,20 +35,35 @@ enum class ExpressionKind : uint8_t {
   Case,            // [operand,] when, then, ... [, else]; flags hasOperand and hasElse
   Subquery,        // query, as a value
   // Conditions:
-  Compare,         // operation, two arguments
-  And,             // two arguments or more
-  Or,              // two arguments or more
+  Compare,  // operation, two arguments
+  And,      // two arguments or more
+  Or,       // two arguments or more
   Not,
   IsNull,
-  Between,         // value, low, high
-  In,              // value, then the list, or query
-  Like,            // value, pattern [, escape]
-  Exists           // query
+  Between,  // value, low, high
+  In,       // value, then the list, or query
+  Like,     // value, pattern [, escape]
+  Exists    // query
 };
 
 enum class Operation : uint8_t {
-  Add, Subtract, Multiply, Divide, Modulo, BitAnd, BitOr, BitXor, Negate, Plus, BitNot,
-  Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual
+  Add,
+  Subtract,
+  Multiply,
+  Divide,
+  Modulo,
+  BitAnd,
+  BitOr,
+  BitXor,
+  Negate,
+  Plus,
+  BitNot,
+  Equal,
+  NotEqual,
+  Less,
+  LessOrEqual,
+  Greater,
+  GreaterOrEqual
 };
 
 struct Expression {
@@ -74,7 +89,7 @@ struct SelectItem {
   ExpressionPtr value;  // nullptr for *
   Text qualifier;       // of x.*
   Text alias;
-  Text variable;        // of @v = value
+  Text variable;  // of @v = value
 };
 
 enum class JoinKind : uint8_t { Inner, Left, Right, Full, Cross };
@@ -123,11 +138,13 @@ struct Assignment {
   ExpressionPtr value;  // nullptr for DEFAULT
 };
 
-struct SelectStatement { QueryPtr query; };
+struct SelectStatement {
+  QueryPtr query;
+};
 
 struct InsertStatement {
   Text table;
-  std::vector<Text> columns;  // empty when none were listed
+  std::vector<Text> columns;                     // empty when none were listed
   std::vector<std::vector<ExpressionPtr>> rows;  // a nullptr is DEFAULT
   bool defaultValues = false;
   QueryPtr query;
@@ -246,17 +263,27 @@ struct IfStatement {
   StatementPtr otherwise;
 };
 
-struct BlockStatement { Block body; };
-struct ReturnStatement { ExpressionPtr value; };
-struct PrintStatement { ExpressionPtr value; };
-struct RaiseErrorStatement { std::vector<ExpressionPtr> arguments; };
+struct BlockStatement {
+  Block body;
+};
+struct ReturnStatement {
+  ExpressionPtr value;
+};
+struct PrintStatement {
+  ExpressionPtr value;
+};
+struct RaiseErrorStatement {
+  std::vector<ExpressionPtr> arguments;
+};
 
 enum class TransactionVerb : uint8_t { Begin, Commit, Rollback };
-struct TransactionStatement { TransactionVerb verb = TransactionVerb::Begin; };
+struct TransactionStatement {
+  TransactionVerb verb = TransactionVerb::Begin;
+};
 
 struct ExecuteStatement {
   struct Argument {
-    Text name;  // "" by position
+    Text name;            // "" by position
     ExpressionPtr value;  // nullptr for DEFAULT
     bool output = false;
   };

@@ -13,23 +13,142 @@ namespace {
 // In the shape: begins the kind of a literal. Outside quotes no batch that parses holds it.
 constexpr char16_t kLiteralMark = 0xFFFF;
 
-constexpr TextView kReserved[] = {
-    u"add", u"all", u"alter", u"and", u"any", u"as", u"asc", u"authorization", u"backup", u"begin",
-    u"between", u"break", u"browse", u"bulk", u"by", u"cascade", u"case", u"check", u"checkpoint",
-    u"close", u"clustered", u"coalesce", u"collate", u"column", u"commit", u"compute",
-    u"constraint", u"contains", u"continue", u"convert", u"create", u"cross", u"current",
-    u"cursor", u"database", u"deallocate", u"declare", u"default", u"delete", u"deny", u"desc",
-    u"distinct", u"double", u"drop", u"else", u"end", u"escape", u"except", u"exec", u"execute",
-    u"exists", u"exit", u"fetch", u"for", u"foreign", u"from", u"full", u"function", u"goto",
-    u"grant", u"group", u"having", u"holdlock", u"identity", u"identity_insert", u"if", u"in",
-    u"index", u"inner", u"insert", u"intersect", u"into", u"is", u"join", u"key", u"kill", u"left",
-    u"like", u"merge", u"national", u"nocheck", u"nonclustered", u"not", u"null", u"nullif", u"of",
-    u"off", u"on", u"open", u"option", u"or", u"order", u"outer", u"over", u"percent", u"pivot",
-    u"primary", u"print", u"proc", u"procedure", u"public", u"raiserror", u"read", u"references",
-    u"restore", u"return", u"revoke", u"right", u"rollback", u"rowcount", u"save", u"schema",
-    u"select", u"set", u"some", u"table", u"then", u"to", u"top", u"tran", u"transaction",
-    u"trigger", u"truncate", u"union", u"unique", u"update", u"use", u"user", u"values",
-    u"varying", u"view", u"waitfor", u"when", u"where", u"while", u"with"};
+constexpr TextView kReserved[] = {u"add",
+                                  u"all",
+                                  u"alter",
+                                  u"and",
+                                  u"any",
+                                  u"as",
+                                  u"asc",
+                                  u"authorization",
+                                  u"backup",
+                                  u"begin",
+                                  u"between",
+                                  u"break",
+                                  u"browse",
+                                  u"bulk",
+                                  u"by",
+                                  u"cascade",
+                                  u"case",
+                                  u"check",
+                                  u"checkpoint",
+                                  u"close",
+                                  u"clustered",
+                                  u"coalesce",
+                                  u"collate",
+                                  u"column",
+                                  u"commit",
+                                  u"compute",
+                                  u"constraint",
+                                  u"contains",
+                                  u"continue",
+                                  u"convert",
+                                  u"create",
+                                  u"cross",
+                                  u"current",
+                                  u"cursor",
+                                  u"database",
+                                  u"deallocate",
+                                  u"declare",
+                                  u"default",
+                                  u"delete",
+                                  u"deny",
+                                  u"desc",
+                                  u"distinct",
+                                  u"double",
+                                  u"drop",
+                                  u"else",
+                                  u"end",
+                                  u"escape",
+                                  u"except",
+                                  u"exec",
+                                  u"execute",
+                                  u"exists",
+                                  u"exit",
+                                  u"fetch",
+                                  u"for",
+                                  u"foreign",
+                                  u"from",
+                                  u"full",
+                                  u"function",
+                                  u"goto",
+                                  u"grant",
+                                  u"group",
+                                  u"having",
+                                  u"holdlock",
+                                  u"identity",
+                                  u"identity_insert",
+                                  u"if",
+                                  u"in",
+                                  u"index",
+                                  u"inner",
+                                  u"insert",
+                                  u"intersect",
+                                  u"into",
+                                  u"is",
+                                  u"join",
+                                  u"key",
+                                  u"kill",
+                                  u"left",
+                                  u"like",
+                                  u"merge",
+                                  u"national",
+                                  u"nocheck",
+                                  u"nonclustered",
+                                  u"not",
+                                  u"null",
+                                  u"nullif",
+                                  u"of",
+                                  u"off",
+                                  u"on",
+                                  u"open",
+                                  u"option",
+                                  u"or",
+                                  u"order",
+                                  u"outer",
+                                  u"over",
+                                  u"percent",
+                                  u"pivot",
+                                  u"primary",
+                                  u"print",
+                                  u"proc",
+                                  u"procedure",
+                                  u"public",
+                                  u"raiserror",
+                                  u"read",
+                                  u"references",
+                                  u"restore",
+                                  u"return",
+                                  u"revoke",
+                                  u"right",
+                                  u"rollback",
+                                  u"rowcount",
+                                  u"save",
+                                  u"schema",
+                                  u"select",
+                                  u"set",
+                                  u"some",
+                                  u"table",
+                                  u"then",
+                                  u"to",
+                                  u"top",
+                                  u"tran",
+                                  u"transaction",
+                                  u"trigger",
+                                  u"truncate",
+                                  u"union",
+                                  u"unique",
+                                  u"update",
+                                  u"use",
+                                  u"user",
+                                  u"values",
+                                  u"varying",
+                                  u"view",
+                                  u"waitfor",
+                                  u"when",
+                                  u"where",
+                                  u"while",
+                                  u"with"};
 
 constexpr bool IsDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
 constexpr bool IsNameStart(char16_t c) {
@@ -44,7 +163,8 @@ class Scanner {
  public:
   explicit Scanner(TextView batch) : batch_(batch) {
     // Offsets are 32 bits wide; SQLite takes no longer text either.
-    if (batch.size() > 100'000'000) throw Unsupported(u"a batch of more than 100 million characters");
+    if (batch.size() > 100'000'000)
+      throw Unsupported(u"a batch of more than 100 million characters");
     out_.tokens.reserve(batch.size() / 5 + 2);
     out_.shape.reserve(batch.size());
   }
@@ -76,8 +196,8 @@ class Scanner {
         at_ = std::min(batch_.find(u'\n', at_), batch_.size()) - 1;
       } else if (c == u'/' && Peek(1) == u'*') {
         SkipComment();
-      } else if (c != u' ' && c != u'\t' && c != u'\r' && c != u'\f' && c != u'\v' &&
-                 c != 0xA0 && c != 0xFEFF) {
+      } else if (c != u' ' && c != u'\t' && c != u'\r' && c != u'\f' && c != u'\v' && c != 0xA0 &&
+                 c != 0xFEFF) {
         break;
       }
     }
@@ -128,8 +248,8 @@ class Scanner {
       ++at_;
       return Add(TokenKind::Marker, begin, out_.markers++);
     }
-    static constexpr TextView kPairs[] = {u"<=", u">=", u"<>", u"!=", u"!<", u"!>", u"+=",
-                                          u"-=", u"*=", u"/=", u"%=", u"::"};
+    static constexpr TextView kPairs[] = {u"<=", u">=", u"<>", u"!=", u"!<", u"!>",
+                                          u"+=", u"-=", u"*=", u"/=", u"%=", u"::"};
     at_ += std::ranges::count(kPairs, batch_.substr(at_, 2)) > 0 ? 2 : 1;
     Add(TokenKind::Symbol, begin);
   }
@@ -193,7 +313,8 @@ class Scanner {
     if (!money && (Peek() == u'e' || Peek() == u'E')) return TakeFloat(begin);
     digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
     const auto length = static_cast<int32_t>(digits.size());
-    if (length > 18 || scale > 18) throw Unsupported(u"a number of more than 18 digits", startLine_);
+    if (length > 18 || scale > 18)
+      throw Unsupported(u"a number of more than 18 digits", startLine_);
     const int64_t number = std::stoll(digits);
     const TypeInfo decimal = DecimalType(std::max(length, std::max(scale, 1)), scale);
     if (money) return AddLiteral(begin, {Convert(number, decimal, kMoney), kMoney});
@@ -208,8 +329,8 @@ class Scanner {
     if (Peek() == u'+' || Peek() == u'-') ++at_;
     while (IsDigit(Peek())) ++at_;
     // "1e" is 1.
-    const std::string number = ToUtf8(batch_.substr(begin, at_ - begin)) +
-                               (IsDigit(batch_[at_ - 1]) ? "" : "0");
+    const std::string number =
+        ToUtf8(batch_.substr(begin, at_ - begin)) + (IsDigit(batch_[at_ - 1]) ? "" : "0");
     double value = 0;
     std::from_chars(number.data(), number.data() + number.size(), value);
     AddLiteral(begin, {value, kFloat});

@@ -1,7 +1,8 @@
 // First stage: the text of a batch as tokens.
 //
-// Literals are taken out on the way. What remains, with the kind of each literal in its place, is the
-// batch's shape: two batches of one shape differ only in the values that are bound when they run.
+// Literals are taken out on the way. What remains, with the kind of each literal in its place, is
+// the batch's shape: two batches of one shape differ only in the values that are bound when they
+// run.
 #pragma once
 
 #include <cstdint>

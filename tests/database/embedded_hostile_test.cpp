@@ -1,0 +1,207 @@
+// Input that wants to break the embedded database.
+#include <sys/wait.h>
+
+#include <csignal>
+#include <fstream>
+
+#include "scratch.h"
+
+namespace vellum250::database {
+namespace {
+
+using namespace std::string_literals;
+
+Text Repeated(TextView part, size_t count) {
+  Text text;
+  for (size_t i = 0; i < count; ++i) text += part;
+  return text;
+}
+
+TEST(EmbeddedHostile, AnyTextIsStoredAsItIs) {
+  Scratch scratch;
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int IDENTITY(1,1) PRIMARY KEY, b nvarchar(max))"),
+            "");
+  Text everyCharacter;
+  for (char16_t c = 0; c < 256; ++c) everyCharacter += c;
+  const Text texts[] = {u"",
+                        u"  a  ",
+                        Text(1, u'\0'),
+                        u"a\0b"s,
+                        Text(1, 0xD800) + u"x" + Text(1, 0xDC00),
+                        u"'; DROP TABLE t --",
+                        u"?1 :a @b $c \"x\" [y]",
+                        everyCharacter,
+                        Text(1'000'000, u'\u00e9'),
+                        Repeated(u"\U0001F600'", 100'000)};
+  for (const Text& text : texts) {
+    const Text literal = u"N'" + ReplaceAll(text, u"'", u"''") + u"'";
+    const Variant parameter(text);
+    ASSERT_EQ(scratch.Answer(u"DELETE FROM t INSERT INTO t (b) VALUES (" + literal + u")"), "");
+    ASSERT_EQ(scratch.Answer(u"INSERT INTO t (b) VALUES (?)", std::span(&parameter, 1)), "");
+    const Recordset rows = scratch.Get().Execute(u"SELECT b FROM t WHERE b = " + literal);
+    ASSERT_EQ(rows.RowCount(), 2u);
+    EXPECT_TRUE(rows.At(0, 0) == Variant(text));
+    EXPECT_TRUE(rows.At(1, 0) == Variant(text));
+  }
+}
+
+TEST(EmbeddedHostile, NestedOrEndlessTextFailsInWords) {
+  Scratch scratch;
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int NULL)"), "");
+  const std::string deep =
+      "#191 line 1: Some part of your SQL statement is nested too deeply. Rewrite the query or "
+      "break it up into smaller queries.";
+  const struct {
+    Text sql;
+    std::string answer;
+  } cases[] = {
+      {u"SELECT " + Repeated(u"(", 10'000) + u"1" + Repeated(u")", 10'000), deep},
+      {u"SELECT " + Repeated(u"(", 10'000), deep},
+      {u"SELECT " + Repeated(u"abs(", 150) + u"1" + Repeated(u")", 150), deep},
+      {u"SELECT 1" + Repeated(u" + 1", 100'000), deep},
+      {u"SELECT 1 WHERE " + Repeated(u"NOT ", 100'000) + u"1 = 1", deep},
+      {u"SELECT " + Repeated(u"- ", 100'000) + u"1", deep},
+      {u"SELECT " + Repeated(u"CASE WHEN 1 = 1 THEN ", 5'000) + u"1", deep},
+      {Repeated(u"BEGIN ", 100'000), deep},
+      {Repeated(u"IF 1 = 1 ", 100'000), deep},
+      {u"SELECT 1 FROM " + Repeated(u"(SELECT 1 AS a FROM ", 5'000), deep},
+      {u"SELECT 1 WHERE 1 = 1" + Repeated(u" AND 1 = 1", 5'000), deep},
+      {u"SELECT count(*) FROM t WHERE a IN (0" + Repeated(u", 1", 100'000) + u")", "0"},
+      {u"SELECT '" + Text(1'000'000, u'x'),
+       "#105 line 1: Unclosed quotation mark after the character string '" + std::string(128, 'x') +
+           "'."},
+      {u"SELECT 1 /*" + Text(1'000'000, u'*'), "#113 line 1: Missing end comment mark '*/'."},
+      {u"SELECT [" + Text(100'000, u'x') + u"]", "#103 line 1: The identifier that starts with '" +
+                                                     std::string(128, 'x') +
+                                                     "' is too long. Maximum length is 128."},
+      {u"SELECT 1\uFFFF", "#102 line 1: Incorrect syntax near '\uFFFF'."},
+      {Text(1, u'\0'), "#102 line 1: Incorrect syntax near '"},
+      {u"", ""},
+      {u" ;;\r\n -- nothing", ""},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(scratch.Answer(test.sql), test.answer) << ToUtf8(test.sql.substr(0, 60));
+  }
+  EXPECT_EQ(scratch.Answer(u"SELECT a FROM t"), "(none)");
+}
+
+TEST(EmbeddedHostile, TheSameShapeWithOtherValuesGivesOtherAnswers) {
+  Scratch scratch;
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int, b varchar(9), c decimal(9,2))\r\n"
+                           u"INSERT INTO t VALUES (1, 'x', 1.5), (2, 'y', 2.25), (3, 'z', 3)"),
+            "");
+  const struct {
+    const char16_t* sql;
+    const char* answer;
+  } cases[] = {
+      {u"SELECT TOP 1 a FROM t ORDER BY 1 DESC", "3"},
+      {u"SELECT TOP 2 a FROM t ORDER BY 1 DESC", "3;2"},
+      {u"SELECT b, a FROM t WHERE a < 3 ORDER BY 1", "x|1;y|2"},
+      {u"SELECT b, -a FROM t WHERE a < 9 ORDER BY 2", "z|-3;y|-2;x|-1"},
+      {u"SELECT cast('abcdef' AS varchar(2))", "ab"},
+      {u"SELECT cast('abcdef' AS varchar(4))", "abcd"},
+      {u"SELECT isNull(b + 'q', 'long enough') FROM t WHERE a = 9", "(none)"},
+      {u"SELECT count(*) FROM t WHERE c = 1", "0"},
+      {u"SELECT count(*) FROM t WHERE c = 3", "1"},
+      {u"SELECT count(*) FROM t WHERE c < 2000000000", "3"},
+      {u"SELECT count(*) FROM t WHERE c < 20000000000", "3"},
+      {u"SELECT 5 / 2.0", "2.500000"},
+      {u"SELECT 500000 / 2.0", "250000.000000"},
+      {u"SELECT left(b, 1), count(*) FROM t GROUP BY left(b, 1) ORDER BY 1", "x|1;y|1;z|1"},
+      {u"SELECT left(b, 1), count(*) FROM t GROUP BY left(b, 2) ORDER BY 1",
+       "#8120 line 1: Column 'b' is invalid in the select list because it is not contained in "
+       "either an aggregate function or the GROUP BY clause."},
+      {u"SELECT object_id('t') - object_id('t')", "0"},
+      {u"SELECT object_id('u') - object_id('t')", "NULL"},
+  };
+  // Twice: parsed, and from the cache.
+  for (int run = 0; run < 2; ++run) {
+    for (const auto& test : cases) {
+      EXPECT_EQ(scratch.Answer(test.sql), test.answer) << ToUtf8(test.sql);
+    }
+  }
+}
+
+TEST(EmbeddedHostile, FilesThatAreNoneAreToldInWords) {
+  Scratch scratch;
+  const auto folder = scratch.File().parent_path() / ("folder" + std::to_string(::getpid()));
+  std::filesystem::create_directories(folder);
+  const auto open = [](const std::filesystem::path& file, const char16_t* more = u"") {
+    return FailureOf([&] {
+      Connection::Open(u"Driver=Vellum250;Database=" + FromUtf8(file.string()) + u";" + more);
+    });
+  };
+  EXPECT_EQ(open(folder / "none.db"),
+            "there is no database file: " + (folder / "none.db").string());
+  EXPECT_FALSE(std::filesystem::exists(folder / "none.db"));
+  EXPECT_EQ(open(folder), "this is a folder, not a database file: " + folder.string());
+  EXPECT_EQ(open(folder / "no" / "a.db", u"Create=yes"),
+            "there is no folder for the database file: " + (folder / "no" / "a.db").string());
+  std::ofstream(folder / "text.db") << std::string(5000, 'x');
+  EXPECT_EQ(open(folder / "text.db"), "this is no database file: " + (folder / "text.db").string());
+  EXPECT_EQ(open("", u""), "the connection string names no database file");
+  EXPECT_EQ(open(scratch.File(), u"Timeout=soon"),
+            "the connection string's Timeout is no number of seconds");
+  // A file that was removed is noticed though a connection to it was kept.
+  const auto gone = folder / "gone.db";
+  EXPECT_EQ(open(gone, u"Create=yes"), "no failure");
+  std::filesystem::remove(gone);
+  EXPECT_EQ(open(gone), "there is no database file: " + gone.string());
+  std::filesystem::remove_all(folder);
+}
+
+TEST(EmbeddedHostile, ConnectionsSeeEachOthersTables) {
+  Scratch scratch;
+  const auto other = scratch.Another();
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int) INSERT INTO t VALUES (1)"), "");
+  EXPECT_EQ(Scratch::AnswerOf(*other, u"SELECT a FROM t"), "1");
+  ASSERT_EQ(
+      scratch.Answer(u"DROP TABLE t CREATE TABLE t (b int, a varchar(5)) INSERT INTO t VALUES "
+                     u"(2, 'x')"),
+      "");
+  EXPECT_EQ(Scratch::AnswerOf(*other, u"SELECT a FROM t"), "x");
+  ASSERT_EQ(scratch.Answer(u"CREATE PROCEDURE usp_a AS SELECT a FROM t"), "");
+  EXPECT_EQ(Scratch::AnswerOf(*other, u"EXEC usp_a"), "x");
+  ASSERT_EQ(scratch.Answer(u"DROP PROCEDURE usp_a DROP TABLE t"), "");
+  EXPECT_EQ(Scratch::AnswerOf(*other, u"SELECT a FROM t"), "#208 line 1: Invalid object name 't'.");
+  EXPECT_EQ(Scratch::AnswerOf(*other, u"EXEC usp_a"),
+            "#2812 line 1: Could not find stored procedure 'usp_a'.");
+}
+
+TEST(EmbeddedHostile, ALockedFileFailsAfterTheTimeout) {
+  Scratch scratch;
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int) INSERT INTO t VALUES (1)"), "");
+  ASSERT_EQ(scratch.Answer(u"BEGIN TRAN UPDATE t SET a = 2"), "");
+  const auto other = Connection::Open(scratch.ConnectionText() + u"Timeout=0;");
+  const Batch batch = other->Run(u"UPDATE t SET a = 3");
+  ASSERT_TRUE(batch.failure.has_value());
+  EXPECT_EQ(batch.failure->Number(), kTimeoutFailure);
+  // Reading goes on, and sees what was committed.
+  EXPECT_EQ(Scratch::AnswerOf(*other, u"SELECT a FROM t"), "1");
+  ASSERT_EQ(scratch.Answer(u"COMMIT"), "");
+  EXPECT_EQ(Scratch::AnswerOf(*other, u"UPDATE t SET a = 3 SELECT a FROM t"), "3");
+}
+
+TEST(EmbeddedHostile, AKilledWriterLeavesAWholeFile) {
+  Scratch scratch;
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int IDENTITY(1,1) PRIMARY KEY, b int NOT NULL)"),
+            "");
+  for (int run = 0; run < 5; ++run) {
+    const pid_t writer = ::fork();
+    if (writer == 0) {
+      const auto connection = Connection::Open(scratch.ConnectionText() + u"Create=no;Timeout=60");
+      for (;;) {
+        connection->Run(
+            u"BEGIN TRAN INSERT INTO t (b) VALUES (1) INSERT INTO t (b) VALUES (-1) COMMIT");
+      }
+    }
+    ::usleep(30'000);
+    ::kill(writer, SIGKILL);
+    ::waitpid(writer, nullptr, 0);
+    EXPECT_EQ(scratch.Answer(u"SELECT isNull(sum(b), 0), count(*) % 2 FROM t"), "0|0");
+    EXPECT_EQ(scratch.Answer(u"INSERT INTO t (b) VALUES (0), (0)"), "");
+  }
+}
+
+}  // namespace
+}  // namespace vellum250::database
