@@ -106,6 +106,18 @@ constexpr TextView kFindAddressButton =
     u"<div align=center><input class=\"AnswerButton\" id=\"PafButton\" name=\"PafButton\" "
     u"value=\"Find Address\" type=\"Button\" onclick=\"javascript: openPafWindow(this);\"></div>";
 
+// Labels of what has no text input.
+constexpr Label kPafText = {
+    u"PAFText",
+    u"Please enter the house number into address line 1 and the postcode and click 'find "
+    u"address'."};
+constexpr Label kPafButton = {u"PAFButton", kFindAddressButton};
+constexpr Label kCountry = {u"Country", u"Country"};
+constexpr Label kNoCountry = {u"NoCountryList", u"[Not Specified]"};
+constexpr Label kAddressType = {u"LocType", u"Location Type"};
+constexpr Label kMainLocation = {u"MainLocation", u"Main Location:"};
+constexpr Label kComments = {u"LocationComments", u"Comments:"};
+
 constexpr TextView kPafScriptFile =
     u"<script src=\"../common/paf.js\" language=\"JavaScript\" type=\"text/javascript\"></script>";
 constexpr TextView kPafScriptToPrefix =
@@ -163,6 +175,10 @@ class AddressFormWriter {
     texts_.Append(out_, kGeneralArea, label.key, label.defaultText);
   }
 
+  template <size_t size>
+  void WriteHidden(const char16_t (&opening)[size], TextView value) {
+    WriteHidden(TextView(opening, size - 1), value);
+  }
   void WriteHidden(TextView opening, TextView value) {
     AppendPiece(out_, opening);
     AppendHtmlEncoded(out_, value);
@@ -201,10 +217,8 @@ class AddressFormWriter {
 
   void WritePafPrompt() {
     Append(out_, kRowStart, kWideCellStart, kLineEnd);
-    WriteLabel({u"PAFText",
-                u"Please enter the house number into address line 1 and the postcode and click "
-                u"'find address'."});
-    WriteLabel({u"PAFButton", kFindAddressButton});
+    WriteLabel(kPafText);
+    WriteLabel(kPafButton);
     AppendPiece(out_, kInputCellEnd);
   }
 
@@ -217,11 +231,11 @@ class AddressFormWriter {
     if (countries.Eof()) return;
     const bool mandatory = IsBitSet(form_.mandatory, kCountryListBit);
     AppendPiece(out_, mandatory ? kMandatoryRow : kOptionalRow);
-    WriteLabelOfField({u"Country", u"Country"}, mandatory, u"Cref", {});
+    WriteLabelOfField(kCountry, mandatory, u"Cref", {});
     Append(out_, kLabelToInput, u"     <select name=\"Cref\" id=\"Cref\" class=\"AnswerText\">");
     if (!mandatory) {
       AppendPiece(out_, u"<option value=\"-1\">");
-      WriteLabel({u"NoCountryList", u"[Not Specified]"});
+      WriteLabel(kNoCountry);
       AppendPiece(out_, kOptionEnd);
     }
     for (; !countries.Eof(); countries.MoveNext()) {
@@ -241,7 +255,7 @@ class AddressFormWriter {
       return;
     }
     AppendPiece(out_, kTypeRow);
-    WriteLabel({u"LocType", u"Location Type"});
+    WriteLabel(kAddressType);
     AppendPiece(out_, kLabelToInput);
     const Variant list =
         AddressDropDownList(report_, {.types = form_.addressTypes, .selected = form_.addressType});
@@ -256,7 +270,7 @@ class AddressFormWriter {
       return;
     }
     AppendPiece(out_, kMainRow);
-    WriteLabel({u"MainLocation", u"Main Location:"});
+    WriteLabel(kMainLocation);
     AppendPiece(out_, kLabelToInput);
     if (form_.main == u"Y") {
       Append(out_, kTicked,
@@ -273,7 +287,7 @@ class AddressFormWriter {
     const bool mandatory = IsBitSet(form_.mandatory, kCommentsBit);
     Append(out_, kRowStart, kCellStart, mandatory ? kMandatory : kOptional, kCellEnd,
            kTopCellStart);
-    WriteLabelOfField({u"LocationComments", u"Comments:"}, mandatory, u"Comm", {});
+    WriteLabelOfField(kComments, mandatory, u"Comm", {});
     Append(out_, kLabelToInput,
            u"       <textarea rows=\"4\" class=\"AnswerText\" id=\"Comm\" name=\"Comm\">");
     AppendHtmlEncoded(out_, form_.comments);

@@ -194,10 +194,10 @@ size_t ScanAvx2(Encoder& encoder, TextView text) {
 
 constexpr size_t kBlock = 16;
 
-// A bit for each of 16 characters that is not plain.
-inline uint32_t BlockMarks(const char16_t* text) {
-  const auto* block = reinterpret_cast<const __m128i*>(text);
-  const __m128i bytes = _mm_packus_epi16(_mm_loadu_si128(block), _mm_loadu_si128(block + 1));
+// A bit for each of 16 characters that is not plain: eight at each place.
+inline uint32_t BlockMarks(const char16_t* first, const char16_t* second) {
+  const __m128i bytes = _mm_packus_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(first)),
+                                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(second)));
   // `<` and `>` differ in one bit, and so do `"` and `&`.
   const __m128i notPlain = _mm_or_si128(
       _mm_cmpgt_epi8(_mm_set1_epi8(32), bytes),
@@ -209,14 +209,18 @@ inline uint32_t BlockMarks(const char16_t* text) {
 
 size_t ScanSse2(Encoder& encoder, size_t from) {
   const size_t length = encoder.Length();
-  for (; from + kBlock <= length; from += kBlock) {
-    EncodeMarked(encoder, from, BlockMarks(encoder.At(from)));
+  const auto marks = [&](size_t at) { return BlockMarks(encoder.At(at), encoder.At(at + 8)); };
+  for (; from + kBlock <= length; from += kBlock) EncodeMarked(encoder, from, marks(from));
+  if (from == length || length < kBlock / 2) return from;
+  // The last characters are looked at in a block that reaches back over some that are done.
+  if (length >= kBlock) {
+    const size_t last = length - kBlock;
+    EncodeMarked(encoder, from, marks(last) >> (from - last));
+  } else {
+    const size_t second = length - kBlock / 2;
+    const uint32_t both = BlockMarks(encoder.At(0), encoder.At(second));
+    EncodeMarked(encoder, 0, (both & 0xFF) | (both >> 8) << second);
   }
-  if (from == length || length < kBlock) return from;
-  // The last block reaches back over characters that are done.
-  const size_t last = length - kBlock;
-  const size_t done = from - last;
-  EncodeMarked(encoder, from, BlockMarks(encoder.At(last)) >> done);
   return length;
 }
 
