@@ -126,7 +126,8 @@ CREATE INDEX ix_member_organisation ON member (organisation_ref)
 GO
 
 -- The links between owners and locations: one table for each kind of owner.
---   main_location  'Y' on at most one link of an owner
+--   main_location  'Y' on at most one link of an owner; varchar, so that isNull(main_location, '')
+--                  is empty and not a blank
 --   edit_link      1 on the one link of a location (in all three tables) that may amend it, else 0
 -- A link always has its location. Whoever adds an address inserts the location first and goes on
 -- with reference 0 when that failed: the key then refuses the link too, so that no owner is left
@@ -142,7 +143,7 @@ CREATE TABLE individual_loc (
     CONSTRAINT fk_individual_loc_location REFERENCES location (location_ref),
   valid_from datetime NULL,
   valid_to datetime NULL,
-  main_location char(1) NULL,
+  main_location varchar(1) NULL,
   differentiator varchar(80) NULL,
   edit_link tinyint NOT NULL CONSTRAINT df_individual_loc_edit_link DEFAULT 0,
   comments varchar(max) NULL
@@ -160,7 +161,7 @@ CREATE TABLE organisation_loc (
     CONSTRAINT fk_organisation_loc_location REFERENCES location (location_ref),
   valid_from datetime NULL,
   valid_to datetime NULL,
-  main_location char(1) NULL,
+  main_location varchar(1) NULL,
   differentiator varchar(80) NULL,
   edit_link tinyint NOT NULL CONSTRAINT df_organisation_loc_edit_link DEFAULT 0,
   comments varchar(max) NULL
@@ -176,7 +177,7 @@ CREATE TABLE contact_loc (
   location_ref int NOT NULL CONSTRAINT fk_contact_loc_location REFERENCES location (location_ref),
   valid_from datetime NULL,
   valid_to datetime NULL,
-  main_location char(1) NULL,
+  main_location varchar(1) NULL,
   differentiator varchar(80) NULL,
   edit_link tinyint NOT NULL CONSTRAINT df_contact_loc_edit_link DEFAULT 0,
   comments varchar(max) NULL

@@ -158,12 +158,11 @@ class Amendment {
     int32_t changes = 0;
     for (const auto& field : texts) changes += text(field.column) != field.value;
     if (displayAsReadOnly_ == 1) changes += text(u"display_name") != posted_.displayName;
-    // Not main is stored as NULL or "N" and posted as "" or "N".
-    changes += (text(u"main_location") == u"Y") != (posted_.main == u"Y");
+    // Callers rely on a stored NULL and a posted "N" being different texts.
+    changes += text(u"main_location") != posted_.main;
     changes += ToInt32(stored.Field(u"type")) != posted_.addressType;
     changes += CountryChanged(text(u"country"));
-    // The form posts -1 for "[Not Specified]".
-    changes += ToInt32(stored.Field(u"country_ref")) != std::max(posted_.countryRef, 0);
+    changes += ToInt32(stored.Field(u"country_ref")) != posted_.countryRef;
     return changes;
   }
 
