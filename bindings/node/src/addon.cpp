@@ -17,15 +17,14 @@ namespace {
 
 napi_value CreateObject(napi_env env, napi_callback_info info) {
   return Guarded(env, [&] {
-    const Napi::CallbackInfo call(env, info);
-    return Wrap(Environment::Of(env), Create(RequireText(env, call[0], u"name")));
+    const Text name = RequireText(env, FirstArgument(env, info), u"name");
+    return Wrap(Environment::Of(env), Create(name));
   });
 }
 
 napi_value MakeRef(napi_env env, napi_callback_info info) {
   return Guarded(env, [&]() -> napi_value {
-    const Napi::CallbackInfo call(env, info);
-    return Environment::Of(env).refClass.New({call[0]});
+    return Environment::Of(env).refClass.New({FirstArgument(env, info)});
   });
 }
 

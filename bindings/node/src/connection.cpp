@@ -181,9 +181,8 @@ Napi::Function DefineConnectionClass(Napi::Env env) {
 
 napi_value OpenConnection(napi_env env, napi_callback_info info) {
   return Guarded(env, [&]() -> napi_value {
-    const Napi::CallbackInfo call(env, info);
     DatabaseConnection connection =
-        database::Connection::Open(RequireText(env, call[0], u"connectionString"));
+        database::Connection::Open(RequireText(env, FirstArgument(env, info), u"connectionString"));
     return Environment::Of(env).connectionClass.New(
         {Napi::External<DatabaseConnection>::New(env, &connection)});
   });

@@ -84,6 +84,13 @@ napi_valuetype TypeOf(napi_env env, napi_value value) {
   return type;
 }
 
+napi_value FirstArgument(napi_env env, napi_callback_info info) {
+  size_t count = 1;
+  napi_value argument = nullptr;
+  Check(env, napi_get_cb_info(env, info, &count, &argument, nullptr, nullptr));
+  return argument;
+}
+
 Text ReadText(napi_env env, napi_value value) {
   // A field's text usually fits; then its length need not be asked first.
   char16_t fitting[128];

@@ -25,6 +25,8 @@ namespace vellum250::node {
 class Environment;
 
 napi_valuetype TypeOf(napi_env env, napi_value value);
+// The first argument of a call, undefined when there is none.
+napi_value FirstArgument(napi_env env, napi_callback_info info);
 
 // Raises 13 for a function, a symbol, an invalid date and any other object, 6 for a bigint of more
 // than 96 bits and a year outside 100 to 9999.
