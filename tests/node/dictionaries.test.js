@@ -55,6 +55,32 @@ test('entries changed between two calls are seen', () => {
   assert.equal(probe.Sum(held, 'k', 3), 'none');
 });
 
+test('a Map that changes at random is answered as it is at each call', () => {
+  let seed = 250;
+  const random = (below) => (seed = (seed * 1103515245 + 12345) % 2147483648) % below;
+  const values = ['a', '', null, undefined, 0, 1.5, NaN, true, 10n, new Date(2026, 0, 1), '\ud800'];
+  // More keys than are remembered, in several runs over all of them.
+  for (const [keys, calls] of [[100, 20000], [6000, 20000]]) {
+    const map = new Map();
+    probe.Object = map;
+    for (let i = 0; i < calls; ++i) {
+      const key = `k${random(2) ? i % keys : random(keys)}`;
+      if (random(4) === 0) map.set(key, values[random(values.length)]);
+      if (random(20) === 0) map.delete(`k${random(keys)}`);
+      const item = map.get(key);
+      assert.equal(probe.Ask(map, 'Count'), map.size);
+      assert.equal(probe.Ask(map, 'Exists', key), map.has(key));
+      assert.deepEqual(probe.Ask(map, 'Item', key), typeof item === 'bigint' ? String(item) : item);
+    }
+  }
+  const date = new Date(2026, 0, 1);
+  const map = new Map([['date', date]]);
+  probe.Object = map;
+  probe.Ask(map, 'Item', 'date');
+  date.setFullYear(2027);
+  assert.equal(probe.Ask(map, 'Item', 'date').getFullYear(), 2027);
+});
+
 test('entries changed by another dictionary during the call are seen', () => {
   const map = new Map([['k0', 'old'], ['k1', 'x']]);
   const meddling = {
