@@ -39,7 +39,7 @@ test('an object is released with its last JavaScript reference', async () => {
     await collectUntil(() => last.deref() === undefined);
   }
   const grown = process.memoryUsage().rss - before;
-  assert.ok(grown < 600 << 20, `${grown >> 20} MB more than before`);
+  assert.ok(grown < 600 << 20, `${Math.round(grown / 2 ** 20)} MB more than before`);
 });
 
 test('a wrapper made anew after a collection is the same object', async () => {
@@ -72,7 +72,7 @@ test('many calls in one turn keep no values', () => {
   const before = process.memoryUsage().rss;
   for (let i = 0; i < 3000; ++i) probe.Sum(map, 'k', 100);
   const grown = process.memoryUsage().rss - before;
-  assert.ok(grown < 200 << 20, `${grown >> 20} MB more than before`);
+  assert.ok(grown < 200 << 20, `${Math.round(grown / 2 ** 20)} MB more than before`);
 });
 
 test('workers each have their own objects and end cleanly', async () => {
