@@ -270,7 +270,7 @@ Typed Binder::BindAggregate(const Expression& e, Scope& scope) {
   const TypeInfo countType = name == u"count" ? kInt : kBigInt;
   const std::string distinct = e.distinct ? "DISTINCT " : "";
   if (e.arguments[0]->kind == ExpressionKind::Star) {
-    if (!counts) throw ServerFailure(102, u"Incorrect syntax near '*'.", e.line);
+    if (!counts) throw AtLine(SyntaxNear(u"*"), e.line);
     return Called("count(*)", countType);
   }
   ++scope.insideAggregate;
@@ -344,8 +344,7 @@ Typed Binder::BindDatePart(const Expression& e, Scope& scope) {
   if (e.arguments.size() != count) throw WrongArguments(e, count);
   const Expression& part = *e.arguments[0];
   if (part.kind != ExpressionKind::Column || !FindDatePart(ToUtf8(part.name))) {
-    throw ServerFailure(155, u"'" + part.name + u"' is not a recognized " + name + u" option.",
-                        e.line);
+    throw AtLine(UnknownDatePart(part.name, name), e.line);
   }
   std::string sql = "v_" + ToUtf8(name) + "('" + ToUtf8(part.name) + "', ";
   if (name == u"dateadd") {

@@ -20,6 +20,12 @@ constexpr auto kPowersOfTen = [] {
   return powers;
 }();
 
+// 10^exponent; nullopt above 38.
+std::optional<Int128> PowerOfTen(int32_t exponent) {
+  if (exponent < 0 || exponent > 38) return std::nullopt;
+  return kPowersOfTen[static_cast<size_t>(exponent)];
+}
+
 DatabaseFailure TooManyDigits() { return Unsupported(u"a decimal of more than 18 digits"); }
 
 bool FitsInt64(Int128 value) {
@@ -52,11 +58,6 @@ IntegerRange RangeOf(SqlType type) {
     default:
       return {std::numeric_limits<int64_t>::min(), std::numeric_limits<int64_t>::max()};
   }
-}
-
-std::optional<Int128> PowerOfTen(int32_t exponent) {
-  if (exponent < 0 || exponent > 38) return std::nullopt;
-  return kPowersOfTen[static_cast<size_t>(exponent)];
 }
 
 std::optional<Int128> Rescale(Int128 value, int32_t from, int32_t to, Rounding rounding) {

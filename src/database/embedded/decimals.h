@@ -10,9 +10,6 @@ namespace vellum250::database::embedded {
 
 __extension__ using Int128 = __int128;
 
-// 10^exponent, exponent 0-38; nullopt above.
-std::optional<Int128> PowerOfTen(int32_t exponent);
-
 // `value`, scaled by 10^from, scaled by 10^to; half away from zero when digits go, or cut. nullopt
 // when it does not fit 128 bits.
 enum class Rounding : uint8_t { HalfAwayFromZero, TowardsZero };

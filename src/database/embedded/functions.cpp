@@ -172,7 +172,7 @@ void LikeCall(const Call& call) {
 
 DatePart PartArgument(const Call& call) {
   const auto part = FindDatePart(call.Text(0));
-  if (!part) throw UnknownDatePart(FromUtf8(call.Text(0)));
+  if (!part) throw UnknownDatePart(FromUtf8(call.Text(0)), u"datepart");
   return *part;
 }
 

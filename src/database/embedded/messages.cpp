@@ -178,8 +178,8 @@ DatabaseFailure GuidTextTooLong() {
   return Say(8170, u"Insufficient result space to convert uniqueidentifier value to char.");
 }
 
-DatabaseFailure UnknownDatePart(TextView name) {
-  return Say(155, u"'", name, u"' is not a recognized datepart option.");
+DatabaseFailure UnknownDatePart(TextView name, TextView function) {
+  return Say(155, u"'", name, u"' is not a recognized ", function, u" option.");
 }
 DatabaseFailure DateAddOverflow(TextView type) {
   return Say(517, u"Adding a value to a '", type, u"' column caused an overflow.");

@@ -56,7 +56,7 @@ DatabaseFailure InvalidGuidText();                                              
 DatabaseFailure GuidTextTooLong();                                              // 8170
 
 // Values that functions refuse.
-DatabaseFailure UnknownDatePart(TextView name);                                     // 155
+DatabaseFailure UnknownDatePart(TextView name, TextView function);                  // 155
 DatabaseFailure DateAddOverflow(TextView type);                                     // 517
 DatabaseFailure DateDiffOverflow();                                                 // 535
 DatabaseFailure InvalidRightLength();                                               // 536

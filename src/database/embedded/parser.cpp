@@ -1,5 +1,6 @@
 #include "database/embedded/parser.h"
 
+#include "database/embedded/messages.h"
 #include "database/embedded/parser_class.h"
 
 namespace vellum250::database::embedded {
@@ -45,14 +46,10 @@ DatabaseFailure Parser::SyntaxError() const {
   const Token& token = atEnd ? scanned_.tokens[at_ - 1] : Current();
   const TextView text = TextOf(token).substr(0, 128);
   if (!atEnd && token.kind == TokenKind::Name && IsReserved(text)) {
-    return ServerFailure(156, u"Incorrect syntax near the keyword '" + Text(text) + u"'.",
-                         token.line);
+    return AtLine(SyntaxNearKeyword(text), token.line);
   }
   const bool literal = token.kind == TokenKind::Literal && text.starts_with(u'\'');
-  return ServerFailure(
-      102,
-      u"Incorrect syntax near '" + Text(literal ? text.substr(1, text.size() - 2) : text) + u"'.",
-      token.line);
+  return AtLine(SyntaxNear(literal ? text.substr(1, text.size() - 2) : text), token.line);
 }
 
 bool Parser::AtName() const {

@@ -226,8 +226,6 @@ bool IsNational(TypeInfo type) {
          type.type == SqlType::NText || type.type == SqlType::Sysname;
 }
 
-bool IsTypeName(TextView name) { return FindTypeName(name) != nullptr; }
-
 TypeInfo ParseType(TextView name, int32_t first, int32_t second, int32_t unsized) {
   const TypeName* found = FindTypeName(name);
   if (found == nullptr) throw NoSuchType(name);

@@ -55,8 +55,6 @@ constexpr TypeInfo Decode(int64_t code) {
 // fit, and "not supported" for the types this database does not store (binary, datetime2, time, xml
 // ...).
 TypeInfo ParseType(TextView name, int32_t first, int32_t second, int32_t unsized);
-// Whether ParseType would find the name at all: a type, supported or not.
-bool IsTypeName(TextView name);
 
 // Shorthands.
 constexpr TypeInfo kBit{SqlType::Bit, 0, 0, 0};
