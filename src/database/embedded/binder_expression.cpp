@@ -61,6 +61,14 @@ std::string Constant(const Value& value) {
   return "NULL";
 }
 
+Typed UntypedNull() {
+  Typed value;
+  value.sql = "NULL";
+  value.form = Typed::Form::Atom;
+  value.isNull = true;
+  return value;
+}
+
 // Whether comparing needs no conversion though the types differ.
 bool ComparesAsStored(TypeInfo left, TypeInfo right) {
   const TypeClass leftClass = ClassOf(left.type);
@@ -301,21 +309,18 @@ Typed Binder::Bind(const Expression& e, Scope& scope) {
   switch (e.kind) {
     case ExpressionKind::Literal:
       return BindLiteral((viewLiterals_ ? *viewLiterals_ : input_.literals)[e.index], e.index);
-    case ExpressionKind::Null: {
-      Typed value;
-      value.sql = "NULL";
-      value.form = Typed::Form::Atom;
-      value.isNull = true;
-      return value;
-    }
+    case ExpressionKind::Null:
+      return UntypedNull();
     case ExpressionKind::Marker: {
-      Slot slot;
-      slot.kind = Slot::Kind::Marker;
-      slot.index = e.index;
       if (static_cast<size_t>(e.index) >= input_.markers.size()) {
         throw ServerFailure(8144, u"There are fewer values than ? markers.", e.line);
       }
-      return SlotValue(std::move(slot), input_.markers[e.index]);
+      const std::optional<TypeInfo>& type = input_.markers[static_cast<size_t>(e.index)];
+      if (!type) return UntypedNull();
+      Slot slot;
+      slot.kind = Slot::Kind::Marker;
+      slot.index = e.index;
+      return SlotValue(std::move(slot), *type);
     }
     case ExpressionKind::Variable:
       return BindVariable(e);

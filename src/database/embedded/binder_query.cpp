@@ -281,8 +281,8 @@ class QueryBinder {
       std::vector<Typed*> column;
       for (BoundCore& core : cores) column.push_back(&core.items[i]);
       binder_.Unify(column);
-      const bool compares = std::ranges::any_of(
-          operators, [](TextView word) { return word != u"UNION ALL"; });
+      const bool compares =
+          std::ranges::any_of(operators, [](TextView word) { return word != u"UNION ALL"; });
       const TypeInfo type = column[0]->type;
       if (compares && IsLongText(type)) throw NotInUnion(MessageName(type));
     }
@@ -445,6 +445,28 @@ std::string Binder::BindFrom(const std::vector<SourcePtr>& from, Scope& scope) {
   return FromBinder(*this, scope, aliases_, views_).Bind(from);
 }
 
+namespace {
+
+bool ReadsVariable(const Expression& e, TextView variable) {
+  if (e.kind == ExpressionKind::Variable && EqualsIgnoreAsciiCase(e.name, variable)) return true;
+  return std::ranges::any_of(e.arguments, [&](const ExpressionPtr& argument) {
+    return ReadsVariable(*argument, variable);
+  });
+}
+
+// The server sets variables column by column within a row; SQLite gives the row at once.
+void RefuseReadingWhatARowSets(const SelectCore& core) {
+  for (size_t i = 0; i < core.items.size(); ++i) {
+    for (size_t j = 0; j < i; ++j) {
+      if (core.items[i].value && ReadsVariable(*core.items[i].value, core.items[j].variable)) {
+        throw Unsupported(u"a variable read by the SELECT that sets it", core.line);
+      }
+    }
+  }
+}
+
+}  // namespace
+
 Plan BindSelect(const BindInput& input, const Query& query) {
   Binder binder(input);
   BoundQuery bound = binder.BindQuery(query, nullptr, false);
@@ -462,6 +484,7 @@ Plan BindSelect(const BindInput& input, const Query& query) {
                         query.cores[0].line);
   }
   plan.kind = Plan::Kind::Assign;
+  RefuseReadingWhatARowSets(query.cores[0]);
   for (size_t i = 0; i < bound.variables.size(); ++i) {
     const auto variable = std::ranges::find_if(input.variables, [&](const VariableInfo& info) {
       return EqualsIgnoreAsciiCase(info.name, bound.variables[i]);

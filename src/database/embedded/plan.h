@@ -72,7 +72,7 @@ inline constexpr size_t kMostKeptLiterals = 256;
 struct BindInput {
   const Catalog& catalog;
   const std::vector<TypedValue>& literals;
-  const std::vector<TypeInfo>& markers;
+  const std::vector<std::optional<TypeInfo>>& markers;  // nullopt for NULL, which has no type
   const std::vector<VariableInfo>& variables;
   // Literals whose value the plan depends on are added here.
   std::vector<int32_t>& pinned;

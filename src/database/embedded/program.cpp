@@ -10,7 +10,7 @@ constexpr size_t kLongestShape = 32 * 1024;
 
 }  // namespace
 
-Program::Program(TextView batch, Scanned scanned, std::vector<TypeInfo> markers)
+Program::Program(TextView batch, Scanned scanned, std::vector<std::optional<TypeInfo>> markers)
     : tree_(ParseBatch(batch, scanned)),
       literals_(std::move(scanned.literals)),
       markers_(std::move(markers)) {
@@ -75,8 +75,13 @@ bool Program::Serves(const std::vector<TypedValue>& literals) const {
 std::shared_ptr<Program> ProgramCache::Get(TextView batch, Scanned& scanned,
                                            const std::vector<TypedValue>& markers) {
   Text shape = std::move(scanned.shape);
-  std::vector<TypeInfo> types;
+  std::vector<std::optional<TypeInfo>> types;
   for (const TypedValue& marker : markers) {
+    if (IsNull(marker.value)) {
+      types.push_back(std::nullopt);
+      shape += u'-';
+      continue;
+    }
     TypeInfo type = marker.type;
     // Another run's text may be longer.
     if (IsText(type)) type.length = IsNational(type) ? 4000 : 8000;

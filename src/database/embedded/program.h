@@ -13,7 +13,7 @@ namespace vellum250::database::embedded {
 class Program {
  public:
   // Raises what the parser does, and 134 for a variable declared twice.
-  Program(TextView batch, Scanned scanned, std::vector<TypeInfo> markers);
+  Program(TextView batch, Scanned scanned, std::vector<std::optional<TypeInfo>> markers);
 
   const SyntaxTree& Tree() const { return tree_; }
   const std::vector<VariableInfo>& Variables() const { return variables_; }
@@ -50,7 +50,7 @@ class Program {
 
   SyntaxTree tree_;
   std::vector<TypedValue> literals_;
-  std::vector<TypeInfo> markers_;
+  std::vector<std::optional<TypeInfo>> markers_;
   std::vector<VariableInfo> variables_;
   std::vector<std::pair<int32_t, Value>> pinned_;
   std::unordered_map<const void*, Plan> plans_;

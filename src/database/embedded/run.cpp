@@ -34,6 +34,14 @@ bool ChangesSchema(const Statement& statement) {
          std::holds_alternative<DropStatement>(statement.node);
 }
 
+// SELECT @a = 1, @b = @a + 1: one SET after the other.
+bool OnlyAssigns(const Query& query) {
+  const SelectCore& core = query.cores[0];
+  return query.cores.size() == 1 && core.from.empty() && !core.where && !core.top &&
+         std::ranges::all_of(core.items,
+                             [](const SelectItem& item) { return !item.variable.empty(); });
+}
+
 }  // namespace
 
 // One run of a plan: its statement is reset when this goes, and the values it was bound to with it.
@@ -85,6 +93,7 @@ void Runner::BindAhead(const Block& block, Frame& frame) {
   for (const StatementPtr& statement : block) {
     try {
       if (const auto* select = std::get_if<SelectStatement>(&statement->node)) {
+        if (OnlyAssigns(*select->query)) continue;
         PlanOf(select, frame,
                [&](const BindInput& input) { return BindSelect(input, *select->query); });
       } else if (std::holds_alternative<InsertStatement>(statement->node) ||
@@ -133,7 +142,14 @@ Runner::Flow Runner::Failed(const DatabaseFailure& failure, int32_t line) {
 
 Runner::Flow Runner::Run(const Statement& statement, Frame& frame) {
   if (const auto* select = std::get_if<SelectStatement>(&statement.node)) {
-    RunSelect(*select, frame);
+    if (OnlyAssigns(*select->query)) {
+      for (const SelectItem& item : select->query->cores[0].items) {
+        SetVariable(item.variable, *item.value, frame);
+      }
+      session_.State().rowCount = 1;
+    } else {
+      RunSelect(*select, frame);
+    }
   } else if (std::holds_alternative<InsertStatement>(statement.node) ||
              std::holds_alternative<UpdateStatement>(statement.node) ||
              std::holds_alternative<DeleteStatement>(statement.node)) {
@@ -141,15 +157,7 @@ Runner::Flow Runner::Run(const Statement& statement, Frame& frame) {
   } else if (const auto* declare = std::get_if<DeclareStatement>(&statement.node)) {
     RunDeclare(*declare, frame);
   } else if (const auto* set = std::get_if<SetVariableStatement>(&statement.node)) {
-    const auto& variables = frame.program.Variables();
-    const auto found = std::ranges::find_if(variables, [&](const VariableInfo& info) {
-      return EqualsIgnoreAsciiCase(info.name, set->variable);
-    });
-    if (found == variables.end()) {
-      throw ServerFailure(137, u"Must declare the scalar variable \"" + set->variable + u"\".");
-    }
-    frame.variables[static_cast<size_t>(found - variables.begin())] =
-        Evaluate(*set->value, frame, found->type).value;
+    SetVariable(set->variable, *set->value, frame);
   } else if (const auto* option = std::get_if<SetOptionStatement>(&statement.node)) {
     if (option->option == SessionOption::NoCount) session_.State().noCount = option->on;
   } else if (const auto* identity = std::get_if<IdentityInsertStatement>(&statement.node)) {
@@ -347,15 +355,26 @@ void Runner::RunChange(Plan& plan, Frame& frame) {
   if (!state.noCount && Gathers()) batch_.rowCounts.push_back(state.rowCount);
 }
 
-void Runner::RunDeclare(const DeclareStatement& declare, Frame& frame) {
+Value& Runner::VariableOf(TextView name, Frame& frame, TypeInfo& type) {
   const auto& variables = frame.program.Variables();
+  const auto found = std::ranges::find_if(
+      variables, [&](const VariableInfo& info) { return EqualsIgnoreAsciiCase(info.name, name); });
+  if (found == variables.end()) {
+    throw ServerFailure(137, u"Must declare the scalar variable \"" + Text(name) + u"\".");
+  }
+  type = found->type;
+  return frame.variables[static_cast<size_t>(found - variables.begin())];
+}
+
+void Runner::SetVariable(TextView name, const Expression& expression, Frame& frame) {
+  TypeInfo type;
+  Value& variable = VariableOf(name, frame, type);
+  variable = Evaluate(expression, frame, type).value;
+}
+
+void Runner::RunDeclare(const DeclareStatement& declare, Frame& frame) {
   for (const auto& variable : declare.variables) {
-    if (!variable.value) continue;
-    const auto found = std::ranges::find_if(variables, [&](const VariableInfo& info) {
-      return EqualsIgnoreAsciiCase(info.name, variable.name);
-    });
-    frame.variables[static_cast<size_t>(found - variables.begin())] =
-        Evaluate(*variable.value, frame, variable.type).value;
+    if (variable.value) SetVariable(variable.name, *variable.value, frame);
   }
 }
 
@@ -458,16 +477,10 @@ void Runner::RunExecute(const ExecuteStatement& execute, Frame& frame) {
   std::vector<bool> given;
   for (const auto* source : arguments.sources) given.push_back(source != nullptr);
   const int32_t returned = RunProcedure(*program, arguments.values, given);
-  const auto& variables = frame.program.Variables();
-  const auto store = [&](TextView name, ValueRef value, TypeInfo type) {
-    const auto found = std::ranges::find_if(variables, [&](const VariableInfo& info) {
-      return EqualsIgnoreAsciiCase(info.name, name);
-    });
-    if (found == variables.end()) {
-      throw ServerFailure(137, u"Must declare the scalar variable \"" + Text(name) + u"\".");
-    }
-    frame.variables[static_cast<size_t>(found - variables.begin())] =
-        Convert(value, type, found->type);
+  const auto store = [&](TextView name, ValueRef value, TypeInfo from) {
+    TypeInfo type;
+    Value& variable = VariableOf(name, frame, type);
+    variable = Convert(value, from, type);
   };
   if (!execute.returnVariable.empty()) store(execute.returnVariable, int64_t{returned}, kInt);
   for (size_t i = 0; i < arguments.sources.size(); ++i) {

@@ -42,6 +42,9 @@ class Runner {
   void RunChange(Plan& plan, Frame& frame);
   void RunSelect(const SelectStatement& select, Frame& frame);
   Plan& ChangePlan(const Statement& statement, Frame& frame);
+  // Raises 137.
+  Value& VariableOf(TextView name, Frame& frame, TypeInfo& type);
+  void SetVariable(TextView name, const Expression& expression, Frame& frame);
   void RunDeclare(const DeclareStatement& declare, Frame& frame);
   Flow RunIf(const IfStatement& branch, Frame& frame);
   void RunExecute(const ExecuteStatement& execute, Frame& frame);

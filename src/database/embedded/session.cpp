@@ -70,7 +70,7 @@ std::shared_ptr<Program> Session::Procedure(TextView name) {
   std::shared_ptr<Program>& program = procedures_[ToLower(name)];
   if (!program) {
     program = std::make_shared<Program>(object->definition, Scan(object->definition),
-                                        std::vector<TypeInfo>());
+                                        std::vector<std::optional<TypeInfo>>());
   }
   return program;
 }
