@@ -61,6 +61,7 @@ class Binder {
   // binder_query.cpp
   // `derived` names the columns c1, c2 ... for an outer query.
   BoundQuery BindQuery(const Query& query, Scope* outer, bool derived);
+  // binder_from.cpp
   // The text of a FROM clause without the word; its sources are added to the scope.
   std::string BindFrom(const std::vector<SourcePtr>& from, Scope& scope);
   BoundSource TableSource(const ObjectPtr& table, TextView alias);
@@ -68,6 +69,7 @@ class Binder {
 
   // binder_expression.cpp
   Typed Bind(const Expression& expression, Scope& scope);
+  // binder_condition.cpp
   std::string Condition(const Expression& condition, Scope& scope);
   // As an operand: in parentheses when it needs them.
   static std::string Operand(const Typed& value);
