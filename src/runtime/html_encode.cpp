@@ -125,13 +125,13 @@ class Encoder {
 // Each Scan looks at the text from `from` on, in blocks of its own width, and gives the position of
 // the first character that it left to a narrower one.
 
+#ifdef __SSE2__
+
 void EncodeMarked(Encoder& encoder, size_t block, uint32_t marked) {
   for (; marked != 0; marked &= marked - 1) {
     encoder.Encode(block + static_cast<size_t>(std::countr_zero(marked)));
   }
 }
-
-#ifdef __SSE2__
 
 // In both: packing with saturation makes 0 or 255 of every character beyond 255, so that a byte
 // below 32 as a signed number stands for every character outside 32 to 127.
