@@ -124,6 +124,9 @@ Runner::Flow Runner::RunStatement(const Statement& statement, Frame& frame) {
     return Run(statement, frame);
   } catch (const DatabaseFailure& failure) {
     return Failed(failure, statement.line);
+  } catch (const ConstraintViolation& violation) {
+    return Failed(DatabaseFailure(kConstraintFailure, kLibrarySource, FromUtf8(violation.message)),
+                  statement.line);
   }
 }
 

@@ -9,6 +9,22 @@
 namespace vellum250::database::embedded {
 namespace {
 
+// A transaction that sees what other connections changed, and leaves the catalogue reloaded.
+class SchemaChange {
+ public:
+  SchemaChange(Database& database, Catalog& catalog) : transaction_(database), catalog_(catalog) {
+    catalog.Refresh();
+  }
+  void Commit() {
+    transaction_.Commit();
+    catalog_.Reload();
+  }
+
+ private:
+  Transaction transaction_;
+  Catalog& catalog_;
+};
+
 void RequireNew(const Catalog& catalog, TextView name) {
   if (catalog.Find(name) || catalog.FindSystemView({}, name)) throw AlreadyAnObject(name);
   const Text lower = ToLower(name);
@@ -70,11 +86,11 @@ class TableMaker {
       : database_(database), catalog_(catalog), statement_(statement) {}
 
   void Make() {
-    RequireNew(catalog_, statement_.table);
     table_.name = statement_.table;
     table_.temporary = statement_.table.starts_with(u'#');
     if (table_.temporary) catalog_.PrepareTemporary();
-    Transaction transaction(database_);
+    SchemaChange change(database_, catalog_);
+    RequireNew(catalog_, statement_.table);
     table_.sqlName = table_.Schema() + QuotedName(table_.name);
     for (const ColumnDefinition& column : statement_.columns) AddColumn(column);
     for (const ConstraintDefinition& constraint : statement_.constraints) Prepare(constraint);
@@ -87,8 +103,7 @@ class TableMaker {
     }
     SeedIdentity();
     catalog_.Add(table_);
-    transaction.Commit();
-    catalog_.Reload();
+    change.Commit();
   }
 
   static void MakeUniqueIndex(Database& database, const ObjectInfo& table, TextView name,
@@ -297,8 +312,9 @@ void CheckDroppable(const Catalog& catalog, const ObjectInfo& table) {
 }
 
 void DropIndex(Database& database, Catalog& catalog, const DropStatement& statement) {
-  const ObjectPtr table = RequireTable(catalog, statement.table);
   for (const Text& name : statement.names) {
+    SchemaChange change(database, catalog);
+    const ObjectPtr table = RequireTable(catalog, statement.table);
     const std::string schema = table->Schema();
     Prepared find = database.Prepare("SELECT count(*) FROM " + schema +
                                          "sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
@@ -321,12 +337,10 @@ void DropIndex(Database& database, Catalog& catalog, const DropStatement& statem
                                       u"'. It is being used for constraint enforcement.");
       }
     }
-    Transaction transaction(database);
     database.Execute("DROP INDEX " + schema + QuotedName(name));
     database.Execute("DROP INDEX IF EXISTS " + schema + QuotedName(name + u" NULL"));
     catalog.RemoveConstraint(*table, name);
-    transaction.Commit();
-    catalog.Reload();
+    change.Commit();
   }
 }
 
@@ -337,6 +351,7 @@ void CreateTable(Database& database, Catalog& catalog, const CreateTableStatemen
 }
 
 void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatement& statement) {
+  SchemaChange change(database, catalog);
   const ObjectPtr table = RequireTable(catalog, statement.table);
   for (const Text& column : statement.columns) {
     if (!table->Find(column)) {
@@ -344,7 +359,6 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
           1911, u"Column name '" + column + u"' does not exist in the target table or view.");
     }
   }
-  Transaction transaction(database);
   try {
     if (statement.unique) {
       TableMaker::MakeUniqueIndex(database, *table, statement.index, statement.columns);
@@ -368,12 +382,12 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
                         u"key was found for the object name 'dbo." +
                             table->name + u"' and the index name '" + statement.index + u"'.");
   }
-  transaction.Commit();
-  catalog.Reload();
+  change.Commit();
 }
 
 void CreateView(Database& database, Catalog& catalog, const CreateViewStatement& statement,
                 const std::vector<TypedValue>& literals) {
+  SchemaChange change(database, catalog);
   RequireNew(catalog, statement.name);
   std::vector<int32_t> pinned;
   const Plan plan = BindSelect({catalog, literals, {}, {}, pinned}, *statement.query);
@@ -398,42 +412,38 @@ void CreateView(Database& database, Catalog& catalog, const CreateViewStatement&
     }
     view.columns.push_back(std::move(column));
   }
-  Transaction transaction(database);
   catalog.Add(view);
-  transaction.Commit();
-  catalog.Reload();
+  change.Commit();
 }
 
 void CreateProcedure(Database& database, Catalog& catalog,
                      const CreateProcedureStatement& statement) {
+  SchemaChange change(database, catalog);
   RequireNew(catalog, statement.name);
   ObjectInfo procedure;
   procedure.name = statement.name;
   procedure.kind = ObjectKind::Procedure;
   procedure.definition = statement.definition;
-  Transaction transaction(database);
   catalog.Add(procedure);
-  transaction.Commit();
-  catalog.Reload();
+  change.Commit();
 }
 
 void Drop(Database& database, Catalog& catalog, const DropStatement& statement) {
   if (statement.kind == ObjectKind::Index) return DropIndex(database, catalog, statement);
   static constexpr TextView kKinds[] = {u"table", u"view", u"procedure"};
   for (const Text& name : statement.names) {
+    SchemaChange change(database, catalog);
     const ObjectPtr object = catalog.Find(name);
     if (!object || object->kind != statement.kind) {
       if (statement.ifExists) continue;
       throw CannotDrop(kKinds[static_cast<size_t>(statement.kind)], name);
     }
-    Transaction transaction(database);
     if (object->kind == ObjectKind::Table) {
       CheckDroppable(catalog, *object);
       database.Execute("DROP TABLE " + object->sqlName);
     }
     catalog.Remove(*object);
-    transaction.Commit();
-    catalog.Reload();
+    change.Commit();
   }
 }
 

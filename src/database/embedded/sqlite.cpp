@@ -110,9 +110,10 @@ void Database::Configure(int32_t timeoutMilliseconds) {
   if (sqlite3_db_readonly(handle, "main") == 1) {
     throw FileFailure(u"the database file may not be written", path_);
   }
-  const int64_t application = Integer("PRAGMA application_id");
-  if (application != kApplicationId) {
-    if (Integer("SELECT count(*) FROM sqlite_schema") != 0) {
+  if (Integer("PRAGMA application_id") != kApplicationId) {
+    // Another connection may be making the file right now: it marks it before it fills it.
+    if (Integer("SELECT count(*) FROM sqlite_schema") != 0 &&
+        Integer("PRAGMA application_id") != kApplicationId) {
       throw FileFailure(u"this SQLite file was not made by this library", path_);
     }
     Execute("PRAGMA application_id = " + std::to_string(kApplicationId));
