@@ -1,4 +1,4 @@
-// Windows-1252, as https://encoding.spec.whatwg.org/index-windows-1252.txt maps it.
+// Windows-1252, as the index of that name in the WHATWG Encoding Standard maps it.
 #include "platform/code_page.h"
 
 #include <algorithm>
