@@ -101,6 +101,18 @@ TEST(EmbeddedDialect, Changes) {
       {u"INSERT INTO note (person_ref) SELECT person_ref FROM person ORDER BY name DESC SELECT "
        u"person_ref FROM note ORDER BY note_ref",
        "3;2;1"},
+      {u"SELECT name, isNull(town, '?') AS town, 7 AS k INTO #copy FROM person INSERT INTO #copy "
+       u"VALUES ('Eve', 'Hull', 8) SELECT * FROM #copy ORDER BY name",
+       "Ann|LEEDS|7;bob|YORK|7;Cid|?|7;Eve|Hull|8"},
+      {u"INSERT INTO #copy (town) VALUES (replicate('x', 21))",
+       "#2628 line 1: String or binary data would be truncated in table 'dbo.#copy', column "
+       "'town'. "
+       "Truncated value: 'xxxxxxxxxxxxxxxxxxxx'."},
+      {u"SELECT name INTO note FROM person",
+       "#2714 line 1: There is already an object named 'note' in the database."},
+      {u"SELECT 1 / (person_ref - 2) AS q INTO #bad FROM person",
+       "#8134 line 1: Divide by zero error encountered."},
+      {u"SELECT q FROM #bad", "#208 line 1: Invalid object name '#bad'."},
       {u"CREATE VIEW who AS SELECT name, 'x' + name AS xname FROM person WHERE active = 1", ""},
       {u"SELECT w.xname FROM who w, person p WHERE p.name = w.name ORDER BY 1 DESC", "xbob;xAnn"},
       {u"DROP VIEW who SELECT table_name FROM information_schema.tables ORDER BY 1", "note;person"},

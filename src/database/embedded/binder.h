@@ -83,6 +83,12 @@ class Binder {
   bool Same(const Expression& left, const Expression& right);
   // Constants instead of parameters, for CHECK.
   void UseConstants() { constants_ = true; }
+  // For SELECT ... INTO: literals show their lengths, as the table will keep them.
+  void AllowMakingTable() {
+    mayMakeTable_ = true;
+    exactLengths_ = true;
+  }
+  bool MayMakeTable() const { return mayMakeTable_; }
   // Literals come from a view's or check's own text; nullptr for the batch's. Gives what was set.
   const std::vector<TypedValue>* SwapViewLiterals(const std::vector<TypedValue>* literals) {
     return std::exchange(viewLiterals_, literals);
@@ -130,6 +136,7 @@ class Binder {
   // Literals of a view's text, instead of the batch's.
   const std::vector<TypedValue>* viewLiterals_ = nullptr;
   bool exactLengths_ = false;
+  bool mayMakeTable_ = false;
 };
 
 bool IsAggregate(TextView function);

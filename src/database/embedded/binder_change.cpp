@@ -24,17 +24,22 @@ Text FullName(const ObjectInfo& table) { return u"dbo." + table.name; }
 
 class InsertBinder {
  public:
-  InsertBinder(const BindInput& input, const InsertStatement& insert)
-      : binder_(input), insert_(insert), table_(TableToChange(binder_, insert.table)) {}
+  // `query` instead of rows, or nullptr.
+  InsertBinder(const BindInput& input, const InsertStatement& insert, const Query* query)
+      : binder_(input),
+        insert_(insert),
+        query_(query),
+        table_(TableToChange(binder_, insert.table)) {}
 
   Plan Bind() {
+    if (query_ && !query_->cores[0].into.empty()) binder_.AllowMakingTable();
     ChooseColumns();
     Plan plan;
     plan.kind = Plan::Kind::Insert;
     plan.table = table_;
     plan.givesIdentity =
         std::ranges::any_of(given_, [](const ColumnInfo* c) { return c->identity; });
-    const std::string source = insert_.query ? FromQuery() : FromRows();
+    const std::string source = query_ ? FromQuery() : FromRows();
     plan.sql = "INSERT INTO " + table_->sqlName + " (";
     std::string separator;
     for (const ColumnInfo* column : given_) {
@@ -88,9 +93,9 @@ class InsertBinder {
     const bool few = values < given_.size();
     const Text what = few ? u"more columns in the INSERT statement than values specified in the "
                           : u"fewer columns in the INSERT statement than values specified in the ";
-    const Text verb = insert_.query ? u"SELECT list. The number of SELECT values"
-                                    : u"VALUES clause. The number of values in the VALUES clause";
-    throw ServerFailure(insert_.query ? (few ? 120 : 121) : (few ? 109 : 110),
+    const Text verb = query_ ? u"SELECT list. The number of SELECT values"
+                             : u"VALUES clause. The number of values in the VALUES clause";
+    throw ServerFailure(query_ ? (few ? 120 : 121) : (few ? 109 : 110),
                         u"There are " + what + verb +
                             u" must match the number of columns specified in the INSERT "
                             u"statement.");
@@ -123,7 +128,7 @@ class InsertBinder {
   }
 
   std::string FromQuery() {
-    const BoundQuery query = binder_.BindQuery(*insert_.query, nullptr, true);
+    const BoundQuery query = binder_.BindQuery(*query_, nullptr, true);
     CheckCount(query.columns.size());
     std::string sql = "SELECT ";
     std::string separator;
@@ -164,6 +169,7 @@ class InsertBinder {
 
   Binder binder_;
   const InsertStatement& insert_;
+  const Query* query_;
   ObjectPtr table_;
   std::vector<const ColumnInfo*> given_;
   std::vector<const ColumnInfo*> filled_;
@@ -214,7 +220,13 @@ JoinedTarget BindTarget(Binder& binder, const std::vector<SourcePtr>& from, Text
 }  // namespace
 
 Plan BindInsert(const BindInput& input, const InsertStatement& insert) {
-  return InsertBinder(input, insert).Bind();
+  return InsertBinder(input, insert, insert.query.get()).Bind();
+}
+
+Plan BindInsertInto(const BindInput& input, TextView table, const Query& query) {
+  InsertStatement insert;
+  insert.table = Text(table);
+  return InsertBinder(input, insert, &query).Bind();
 }
 
 Plan BindUpdate(const BindInput& input, const UpdateStatement& update) {

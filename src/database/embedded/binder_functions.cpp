@@ -11,7 +11,7 @@ namespace {
 
 // Text is a text but not of the types text and ntext; AnyText is any.
 enum class Argument : uint8_t { None, Text, AnyText, Int, Float, Any };
-enum class Result : uint8_t { Int, VarChar, NVarChar, Float, DateTime, LikeFirst, Guid };
+enum class Result : uint8_t { Int, VarChar, NVarChar, Float, LikeFirst, Guid };
 
 // A function that is its arguments converted, a call, and a type.
 struct Rule {
@@ -106,8 +106,6 @@ TypeInfo ResultOf(Result result, const std::vector<Typed>& arguments) {
       return kInt;
     case Result::Float:
       return kFloat;
-    case Result::DateTime:
-      return kDateTime;
     case Result::NVarChar:
       return NVarChar(4000);
     case Result::VarChar:

@@ -78,7 +78,9 @@ class QueryBinder {
     scope.outer = outer_;
     BoundCore bound;
     bound.distinct = core.distinct;
-    if (!core.into.empty()) throw Unsupported(u"SELECT ... INTO", core.line);
+    if (!core.into.empty() && !binder_.MayMakeTable()) {
+      throw ServerFailure(156, u"Incorrect syntax near the keyword 'INTO'.", core.line);
+    }
     bound.from = binder_.BindFrom(core.from, scope);
     if (core.where) bound.where = binder_.Condition(*core.where, scope);
     const bool grouped = BindGrouping(core, orderBy, scope, bound);
@@ -353,6 +355,21 @@ Plan BindSelect(const BindInput& input, const Query& query) {
     }
   }
   return plan;
+}
+
+std::vector<ResultColumn> BindSelectInto(const BindInput& input, const Query& query) {
+  Binder binder(input);
+  binder.AllowMakingTable();
+  BoundQuery bound = binder.BindQuery(query, nullptr, false);
+  for (ResultColumn& column : bound.columns) {
+    if (column.name.empty()) {
+      throw ServerFailure(1038, u"An object or column name is missing or empty.",
+                          query.cores[0].line);
+    }
+    // A whole number's digits say nothing about a column.
+    if (column.type.type != SqlType::Decimal) column.type.precision = 0;
+  }
+  return std::move(bound.columns);
 }
 
 Plan BindValue(const BindInput& input, const Expression& value, std::optional<TypeInfo> type) {

@@ -75,7 +75,6 @@ class Catalog {
   void Remove(const ObjectInfo& object);
   // Makes the tables of the temporary catalogue; once.
   void PrepareTemporary();
-  bool HasTemporary() const { return hasTemporary_; }
   void DropTemporary();
 
  private:

@@ -33,7 +33,10 @@ SelectCore Parser::ParseSelectCore() {
   do {
     core.items.push_back(ParseSelectItem());
   } while (Take(u","));
-  if (Take(u"into")) core.into = TakeTableName();
+  if (Take(u"into")) {
+    core.into = TakeTableName();
+    definesObjects_ = true;
+  }
   core.from = ParseFrom();
   if (Take(u"where")) core.where = ParseCondition();
   if (Take(u"group")) {

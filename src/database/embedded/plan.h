@@ -80,6 +80,9 @@ struct BindInput {
 
 // Each raises a DatabaseFailure: 207, 208, 209, 4104 ...
 Plan BindSelect(const BindInput& input, const Query& query);
+// SELECT ... INTO: the columns of the table to make; and, when it is made, the rows.
+std::vector<ResultColumn> BindSelectInto(const BindInput& input, const Query& query);
+Plan BindInsertInto(const BindInput& input, TextView table, const Query& query);
 Plan BindInsert(const BindInput& input, const InsertStatement& insert);
 Plan BindUpdate(const BindInput& input, const UpdateStatement& update);
 Plan BindDelete(const BindInput& input, const DeleteStatement& statement);

@@ -5,6 +5,7 @@
 #include "database/embedded/failures.h"
 #include "database/embedded/messages.h"
 #include "database/embedded/schema.h"
+#include "database/embedded/transaction.h"
 
 namespace vellum250::database::embedded {
 namespace {
@@ -92,6 +93,7 @@ void Runner::BindAhead(const Block& block, Frame& frame) {
     try {
       if (const auto* select = std::get_if<SelectStatement>(&statement->node)) {
         if (OnlyAssigns(*select->query)) continue;
+        if (!select->query->cores[0].into.empty()) return;
         PlanOf(select, frame,
                [&](const BindInput& input) { return BindSelect(input, *select->query); });
       } else if (std::holds_alternative<InsertStatement>(statement->node) ||
@@ -143,7 +145,9 @@ Runner::Flow Runner::Failed(const DatabaseFailure& failure, int32_t line) {
 
 Runner::Flow Runner::Run(const Statement& statement, Frame& frame) {
   if (const auto* select = std::get_if<SelectStatement>(&statement.node)) {
-    if (OnlyAssigns(*select->query)) {
+    if (!select->query->cores[0].into.empty()) {
+      RunSelectInto(*select->query, frame);
+    } else if (OnlyAssigns(*select->query)) {
       for (const SelectItem& item : select->query->cores[0].items) {
         SetVariable(item.variable, *item.value, frame);
       }
@@ -188,7 +192,7 @@ Runner::Flow Runner::Run(const Statement& statement, Frame& frame) {
   return Flow::Next;
 }
 
-bool Runner::RunSchemaChange(const Statement& statement, Frame& frame) {
+void Runner::RunSchemaChange(const Statement& statement, Frame& frame) {
   Database& database = session_.Db();
   Catalog& catalog = session_.Objects();
   if (session_.State().transactionCount > 0) session_.State().schemaChanged = true;
@@ -203,7 +207,6 @@ bool Runner::RunSchemaChange(const Statement& statement, Frame& frame) {
   } else if (const auto* drop = std::get_if<DropStatement>(&statement.node)) {
     Drop(database, catalog, *drop);
   }
-  return true;
 }
 
 Value Runner::SlotValue(const Slot& slot, Frame& frame) {
@@ -272,6 +275,36 @@ void Runner::RunSelect(const SelectStatement& select, Frame& frame) {
     RunAssign(plan, frame);
   } else {
     RunQuery(plan, frame);
+  }
+}
+
+// A table with the columns of the query, then its rows.
+void Runner::RunSelectInto(const Query& query, Frame& frame) {
+  Catalog& catalog = session_.Objects();
+  const uint64_t generation = catalog.Generation();
+  if (session_.State().transactionCount > 0) session_.State().schemaChanged = true;
+  try {
+    if (query.cores[0].into.starts_with(u'#')) catalog.PrepareTemporary();
+    Transaction transaction(session_.Db());
+    CreateTableStatement table;
+    table.table = query.cores[0].into;
+    std::vector<int32_t> pinned;
+    const std::vector<std::optional<TypeInfo>> markers;
+    const auto input = [&] {
+      return BindInput{catalog, frame.literals, markers, frame.program.Variables(), pinned};
+    };
+    for (const ResultColumn& column : BindSelectInto(input(), query)) {
+      ColumnDefinition& definition = table.columns.emplace_back();
+      definition.name = column.name;
+      definition.type = column.type;
+    }
+    CreateTable(session_.Db(), catalog, table);
+    Plan plan = BindInsertInto(input(), table.table, query);
+    RunChange(plan, frame);
+    transaction.Commit();
+  } catch (...) {
+    if (catalog.Generation() != generation) catalog.Reload();
+    throw;
   }
 }
 

@@ -37,6 +37,7 @@ class Runner {
   // Binds everything whose tables are there, so that a misspelt column runs nothing.
   void BindAhead(const Block& block, Frame& frame);
 
+  void RunSelectInto(const Query& query, Frame& frame);
   void RunQuery(Plan& plan, Frame& frame);
   void RunAssign(Plan& plan, Frame& frame);
   void RunChange(Plan& plan, Frame& frame);
@@ -51,7 +52,7 @@ class Runner {
   void RunTransaction(TransactionVerb verb);
   void RunIdentityInsert(const IdentityInsertStatement& identity);
   void RunRaiseError(const RaiseErrorStatement& raise, Frame& frame);
-  bool RunSchemaChange(const Statement& statement, Frame& frame);
+  void RunSchemaChange(const Statement& statement, Frame& frame);
 
   // The arguments of EXEC, by the procedure's order.
   struct Arguments {
