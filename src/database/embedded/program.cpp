@@ -8,6 +8,15 @@ namespace {
 constexpr size_t kMostPrograms = 256;
 constexpr size_t kLongestShape = 32 * 1024;
 
+bool OnlyReads(const Statement& statement) {
+  if (const auto* select = std::get_if<SelectStatement>(&statement.node)) {
+    return select->query->cores[0].into.empty();
+  }
+  return std::holds_alternative<DeclareStatement>(statement.node) ||
+         std::holds_alternative<SetVariableStatement>(statement.node) ||
+         std::holds_alternative<SetOptionStatement>(statement.node);
+}
+
 }  // namespace
 
 Program::Program(TextView batch, Scanned scanned, std::vector<std::optional<TypeInfo>> markers)
@@ -15,6 +24,8 @@ Program::Program(TextView batch, Scanned scanned, std::vector<std::optional<Type
       literals_(std::move(scanned.literals)),
       markers_(std::move(markers)) {
   for (const int32_t index : tree_.pinned) Pin(index, literals_);
+  onlyReads_ = std::ranges::all_of(tree_.statements,
+                                   [](const StatementPtr& s) { return embedded::OnlyReads(*s); });
   if (const CreateProcedureStatement* procedure = Procedure()) {
     for (const ParameterDefinition& parameter : procedure->parameters) {
       Declare(parameter.name, parameter.type, 0);

@@ -20,6 +20,8 @@ class Program {
   // The literals of the text that it was made from.
   const std::vector<TypedValue>& Literals() const { return literals_; }
   bool Serves(const std::vector<TypedValue>& literals) const;
+  // Whether it changes nothing that is stored: queries and variables only.
+  bool OnlyReads() const { return onlyReads_; }
   bool Cacheable() const { return !tree_.definesObjects; }
 
   // The plan of a statement or expression, bound by `bind` when there is none or the catalogue has
@@ -55,6 +57,7 @@ class Program {
   std::vector<std::pair<int32_t, Value>> pinned_;
   std::unordered_map<const void*, Plan> plans_;
   uint64_t generation_ = 0;
+  bool onlyReads_ = false;
 };
 
 // The programs used last, by shape.

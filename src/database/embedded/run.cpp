@@ -71,13 +71,30 @@ class Runner::Execution {
   std::vector<Value> values_;
 };
 
+// While it lives the file is read at one moment, if the batch only reads.
+class Runner::Reading {
+ public:
+  Reading(Session& session, bool onlyReads)
+      : session_(session), open_(onlyReads && session.BeginReading()) {}
+  ~Reading() {
+    if (open_) session_.EndReading();
+  }
+  Reading(const Reading&) = delete;
+  Reading& operator=(const Reading&) = delete;
+
+ private:
+  Session& session_;
+  bool open_;
+};
+
 void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
   try {
     Scanned scanned = Scan(sql);
     std::vector<TypedValue> markers;
     for (const Variant& parameter : parameters) markers.push_back(FromVariant(parameter));
-    session_.Objects().Refresh();
     const std::shared_ptr<Program> program = session_.Programs().Get(sql, scanned, markers);
+    const Reading reading(session_, program->OnlyReads());
+    session_.Objects().Refresh();
     Frame frame{*program, scanned.literals,
                 markers,  std::vector<Value>(program->Variables().size()),
                 {},       0};

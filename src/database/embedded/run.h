@@ -68,6 +68,7 @@ class Runner {
                       std::optional<TypeInfo> type = std::nullopt);
   // Prepares if need be and binds; the statement is reset when the result goes.
   class Execution;
+  class Reading;
   Value SlotValue(const Slot& slot, Frame& frame);
   BindInput InputOf(Frame& frame);
   template <typename Bind>

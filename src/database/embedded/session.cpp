@@ -56,6 +56,8 @@ Session::Session(const Text& path, bool create, int32_t timeoutMilliseconds)
                              nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(database_.Get(), "v_single", 1, SQLITE_UTF8, this, nullptr,
                              &SingleStep, &SingleFinal, nullptr);
+  begin_ = database_.Prepare("BEGIN");
+  end_ = database_.Prepare("COMMIT");
 }
 
 Session::~Session() { EndTransactions(); }
@@ -73,6 +75,18 @@ std::shared_ptr<Program> Session::Procedure(TextView name) {
                                         std::vector<std::optional<TypeInfo>>());
   }
   return program;
+}
+
+bool Session::BeginReading() {
+  if (database_.InTransaction()) return false;
+  begin_.Step(database_);
+  begin_.Reset();
+  return true;
+}
+
+void Session::EndReading() noexcept {
+  sqlite3_step(end_.Get());
+  end_.Reset();
 }
 
 void Session::BeginTransaction() {

@@ -36,6 +36,11 @@ class Session {
   // The program of a stored procedure; nullptr when there is none of that name.
   std::shared_ptr<Program> Procedure(TextView name);
 
+  // Begins and ends a transaction that only reads: one look at the file for what it asks the
+  // catalogue and the tables. False, and nothing done, within an open transaction.
+  bool BeginReading();
+  void EndReading() noexcept;
+
   void BeginTransaction();
   void CommitTransaction();    // 3902
   void RollbackTransaction();  // 3903
@@ -60,6 +65,8 @@ class Session {
   Catalog catalog_;
   ProgramCache programs_;
   SessionState state_;
+  Prepared begin_;
+  Prepared end_;
   std::map<Text, std::shared_ptr<Program>> procedures_;
   uint64_t proceduresGeneration_ = 0;
   std::optional<int64_t> nextKey_;
