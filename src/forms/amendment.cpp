@@ -166,12 +166,13 @@ class Amendment {
     return changes;
   }
 
-  // A country that was stored as text and posted as a choice from the list did not change.
+  // A country that was stored as text and posted as a choice from the list did not change. Without
+  // a choice the scalar is false: the text of that equals no country, not even an empty one.
   bool CountryChanged(TextView stored) {
     return stored != posted_.country &&
-           stored != GetScalarText(step_.Running(
+           stored != ToText(GetScalar(step_.Running(
                          Concat(u"SELECT lookup_full_desc FROM lookup WHERE lookup_ref = ",
-                                posted_.countryRef)));
+                                posted_.countryRef))));
   }
 
   int32_t DecideAction(int32_t changes) {

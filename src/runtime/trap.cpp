@@ -7,7 +7,8 @@ namespace vellum250 {
 void ReportFailure(CallReport report, const Failure& failure, const Step& step, TextView steps) {
   report.lastError = Concat(u"Description: ", failure.Description(), u"<br>Source: ",
                             failure.Source(), u"<br>Step: ", step.Number(), steps);
-  if (!step.Statement().empty()) report.lastSql = step.Statement();
+  // Only a provider's failure (an HRESULT) is a statement's; a conversion's is not.
+  if (failure.Number() < 0 && !step.Statement().empty()) report.lastSql = step.Statement();
 }
 
 Text FailureTrace(const std::optional<Failure>& failure) {

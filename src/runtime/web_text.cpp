@@ -19,10 +19,10 @@ bool LabelsAreOn() {
   return TrimBlanks(ComponentContext::Current().remoteHostIp) == TrimBlanks(address);
 }
 
-// Text of a Variant without a copy where it holds one; Null is the empty text.
+// Text of a Variant without a copy where it holds one; Null and false are the empty text.
 TextView ViewOf(const Variant& value, Text& storage) {
   if (const Text* text = value.If<Text>()) return *text;
-  if (!value.IsNull()) storage = ToText(value);
+  if (!value.IsNull() && value != Variant(false)) storage = ToText(value);
   return storage;
 }
 

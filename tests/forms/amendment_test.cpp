@@ -220,6 +220,19 @@ TEST_F(Amending, PostingWhatIsStoredChangesNothing) {
   }
 }
 
+TEST_F(Amending, ACountryTypedForTheFirstTimeIsAChange) {
+  ConfigureAction(u"1");
+  Post post;
+  post.countryRef = 0;
+  post.country = u"";
+  post.link = Amend(post);
+  post.main = u"Y";
+  EXPECT_EQ(Amend(post), 0);
+  post.country = u"Portugal";
+  EXPECT_EQ(Amend(post), post.link);
+  EXPECT_EQ(database.Query(u"SELECT country FROM location").Field(0), Variant(u"Portugal"));
+}
+
 TEST_F(Amending, EveryFieldCountsAsAChange) {
   Configure(u"globalDisplayAsReadOnly", u"1");
   Configure(u"globalLocationUpdate_11", u"0");
@@ -365,6 +378,7 @@ TEST_F(Amending, ReportsAFailureAtItsStep) {
   change.link = 1;
   EXPECT_EQ(Amend(change), -1);
   EXPECT_EQ(lastError, u"Description: Type mismatch<br>Source: vellum250<br>Step: 8");
+  EXPECT_TRUE(lastSql.starts_with(u"SELECT l.location_ref")) << "no statement failed";
   context.sysDebug = false;
   EXPECT_THROW(Amend(change), Failure);
 

@@ -55,9 +55,11 @@ TEST_F(WebText, ComesFromTheDictionaryWhereItHasTheKey) {
   texts.Set(u"GeneralTown3", u"from the dictionary");
   texts.Set(u"GeneralEmpty3", Null{});
   texts.Set(u"GeneralBlank3", u"[/BLANK]");
+  texts.Set(u"GeneralFalse3", false);
   texts.Set(u"GeneralNumber3", 42);
   EXPECT_EQ(GetWebText(u"General", u"Town", u"dft"), u"from the dictionary");
   EXPECT_EQ(GetWebText(u"General", u"Empty", u"dft"), u"dft");
+  EXPECT_EQ(GetWebText(u"General", u"False", u"dft"), u"dft");
   EXPECT_EQ(GetWebText(u"General", u"Blank", u"dft"), u"");
   EXPECT_EQ(GetWebText(u"General", u"Number", u"dft"), u"42");
   // What it does not have is still in the table; keys are compared exactly.

@@ -70,9 +70,9 @@ DatabaseFailure InvalidEscape(TextView escape);                                 
 DatabaseFailure NullNotAllowed(TextView column, TextView table, TextView statement);  // 515
 DatabaseFailure IdentityInsertOff(TextView table);                                    // 544
 DatabaseFailure ConstraintConflict(TextView statement, TextView kind, TextView constraint,
-                                   TextView table, TextView column);              // 547
-DatabaseFailure DuplicateIndexKey(TextView table, TextView index);                    // 2601
-DatabaseFailure DuplicateKey(TextView kind, TextView constraint, TextView table);     // 2627
-DatabaseFailure TextTruncated(TextView table, TextView column, TextView kept);  // 2628
+                                   TextView table, TextView column);               // 547
+DatabaseFailure DuplicateIndexKey(TextView table, TextView index);                 // 2601
+DatabaseFailure DuplicateKey(TextView kind, TextView constraint, TextView table);  // 2627
+DatabaseFailure TextTruncated(TextView table, TextView column, TextView kept);     // 2628
 
 }  // namespace vellum250::database::embedded
