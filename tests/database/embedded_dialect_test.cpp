@@ -146,6 +146,8 @@ TEST(EmbeddedDialect, ParametersTakeTheirOwnTypes) {
             "NULL");
   EXPECT_EQ(answer(u"SELECT ?, ?", {number}),
             "#8144 line 1: There are fewer values than ? markers.");
+  EXPECT_EQ(answer(u"SELECT ?", {number, text}),
+            "#8144 line 0: There are more values than ? markers.");
 }
 
 }  // namespace

@@ -31,9 +31,14 @@ std::unique_ptr<Session> TakeSession(const Text& path, bool create, int32_t time
   return std::make_unique<Session>(path, create, timeoutMilliseconds);
 }
 
-void GiveBack(const Text& path, std::unique_ptr<Session> session) {
+// What cannot be kept is closed.
+void GiveBack(const Text& path, std::unique_ptr<Session> session) noexcept {
   if (!session->Reset(kDefaultTimeoutSeconds * 1000)) return;
-  pool.push_back({path, std::move(session)});
+  try {
+    pool.push_back({path, std::move(session)});
+  } catch (const std::bad_alloc&) {
+    return;
+  }
   if (pool.size() > kMostIdle) pool.pop_front();
 }
 

@@ -90,6 +90,9 @@ class Runner::Reading {
 void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
   try {
     Scanned scanned = Scan(sql);
+    if (parameters.size() > static_cast<size_t>(scanned.markers)) {
+      throw ServerFailure(8144, u"There are more values than ? markers.");
+    }
     std::vector<TypedValue> markers;
     for (const Variant& parameter : parameters) markers.push_back(FromVariant(parameter));
     const std::shared_ptr<Program> program = session_.Programs().Get(sql, scanned, markers);
