@@ -111,7 +111,7 @@ class Binder {
   Typed BindCase(const Expression& expression, Scope& scope);
   Typed BindSubquery(const Expression& expression, Scope& scope);
   // The values converted to the one type they meet in.
-  TypeInfo Unify(std::vector<Typed*> values);
+  TypeInfo Unify(const std::vector<Typed*>& values);
   std::string In(const Expression& expression, Scope& scope);
   std::string LikeCondition(const Expression& expression, Scope& scope);
 

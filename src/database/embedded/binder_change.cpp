@@ -1,4 +1,6 @@
 // INSERT, UPDATE and DELETE.
+#include <algorithm>
+
 #include "automation/locale.h"
 #include "database/embedded/binder.h"
 #include "database/embedded/failures.h"
@@ -269,7 +271,7 @@ Plan BindUpdate(const BindInput& input, const UpdateStatement& update) {
       const std::string name = "v" + std::to_string(columns.size());
       if (!set.empty()) set += ", ";
       set += QuotedName(column.name) + " = " + (update.from.empty() ? value : "s." + name);
-      values += ", " + value + " AS " + name;
+      values.append(", ").append(value).append(" AS ").append(name);
     } catch (const DatabaseFailure& failure) {
       throw AtLine(failure, assignment.line);
     }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <charconv>
 
 #include "automation/locale.h"
@@ -247,7 +248,7 @@ Typed Binder::Assign(Typed value, const ColumnInfo& column, TextView table) {
   return value;
 }
 
-TypeInfo Binder::Unify(std::vector<Typed*> values) {
+TypeInfo Binder::Unify(const std::vector<Typed*>& values) {
   std::optional<TypeInfo> common;
   for (const Typed* value : values) {
     if (!value->isNull) common = common ? CommonType(*common, value->type) : value->type;

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "automation/locale.h"
 #include "database/embedded/binder.h"
 #include "database/embedded/convert.h"

@@ -225,7 +225,7 @@ std::string DateAdd(DatePart part, int64_t count, Moment moment, SqlType type) {
   if (const int32_t months = MonthsIn(part)) {
     Calendar date = CalendarOf(moment.day);
     const int64_t month = MonthNumber(date) + count * months;
-    if (month < 12 || month >= 10000 * 12) throw DateAddOverflow(typeName);
+    if (month < 12 || month >= int64_t{10000} * 12) throw DateAddOverflow(typeName);
     date.year = static_cast<int32_t>(month / 12);
     date.month = static_cast<int32_t>(month % 12 + 1);
     date.day = std::min(date.day, DaysOfMonth(date.year, date.month));

@@ -387,7 +387,7 @@ Value Ceiling(ValueRef value, TypeInfo type) { return WholeBeside(value, type, 1
 
 Value Round(ValueRef value, int64_t places, TypeInfo type, bool truncate) {
   const TypeInfo result = Widened(type);
-  const Value converted = Convert(value, type, result);
+  Value converted = Convert(value, type, result);
   if (IsNull(converted)) return {};
   const ValueRef number(converted);
   if (!IsExact(result)) return RoundFloat(number.Double(), places, truncate);

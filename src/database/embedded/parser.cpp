@@ -85,7 +85,7 @@ Parser::ObjectName Parser::TakeObjectName() {
   result.name = TakeName();
   for (int parts = 1; At(u"."); ++parts) {
     if (parts == 3) throw Refused(u"a name of four parts");
-    result.schema = std::move(result.name);
+    result.schema = std::exchange(result.name, {});
     ++at_;
     if (At(u".")) continue;  // tempdb..#t
     result.name = TakeName();

@@ -1,12 +1,14 @@
 #include "database/embedded/program.h"
 
+#include <algorithm>
+
 #include "database/embedded/failures.h"
 
 namespace vellum250::database::embedded {
 namespace {
 
 constexpr size_t kMostPrograms = 256;
-constexpr size_t kLongestShape = 32 * 1024;
+constexpr size_t kLongestShape = size_t{32} * 1024;
 
 bool OnlyReads(const Statement& statement) {
   if (const auto* select = std::get_if<SelectStatement>(&statement.node)) {

@@ -1,5 +1,7 @@
 #include "database/embedded/run.h"
 
+#include <algorithm>
+
 #include "automation/locale.h"
 #include "database/embedded/convert.h"
 #include "database/embedded/failures.h"

@@ -1,4 +1,6 @@
 // EXEC and calls of stored procedures.
+#include <algorithm>
+
 #include "database/embedded/convert.h"
 #include "database/embedded/failures.h"
 #include "database/embedded/messages.h"

@@ -55,11 +55,12 @@ bool Prepared::Step(Database& database) {
   const int code = sqlite3_step(statement_.get());
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) return false;
-  struct Resetter {
-    Prepared& statement;
-    ~Resetter() { statement.Reset(); }
-  } resetter{*this};
-  database.Fail(sqlite3_extended_errcode(database.Get()));
+  try {
+    database.Fail(sqlite3_extended_errcode(database.Get()));
+  } catch (...) {
+    Reset();
+    throw;
+  }
 }
 
 void Prepared::Reset() {

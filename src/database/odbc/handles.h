@@ -24,7 +24,10 @@ inline SQLWCHAR* Wide(const char16_t* text) { return Wide(const_cast<char16_t*>(
 // entry points that counts bytes.
 inline TextView UpToZero(TextView buffer) { return buffer.substr(0, buffer.find(u'\0')); }
 
-inline SQLPOINTER AttributeValue(SQLULEN value) { return reinterpret_cast<SQLPOINTER>(value); }
+// ODBC passes numbers as pointers.
+inline SQLPOINTER AttributeValue(SQLULEN value) {
+  return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr)
+}
 
 // An allocated handle, freed at the end; none when the allocation failed.
 template <SQLSMALLINT kType>

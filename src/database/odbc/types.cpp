@@ -1,5 +1,6 @@
 #include "database/odbc/types.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "automation/conversion.h"
