@@ -429,6 +429,7 @@ Typed Binder::BindCase(const Expression& e, Scope& scope) {
   }
   if (e.hasElse) results.push_back(Bind(*e.arguments.back(), scope));
   std::vector<Typed*> all;
+  all.reserve(results.size());
   for (Typed& result : results) all.push_back(&result);
   Typed value;
   value.type = Unify(all);

@@ -315,6 +315,7 @@ Typed Binder::BindCoalesce(const Expression& e, Scope& scope) {
   std::vector<Typed> arguments;
   for (const ExpressionPtr& argument : e.arguments) arguments.push_back(Bind(*argument, scope));
   std::vector<Typed*> all;
+  all.reserve(arguments.size());
   for (Typed& argument : arguments) all.push_back(&argument);
   const TypeInfo type = Unify(all);
   return Called(CallOf("coalesce", arguments) + ")", type);

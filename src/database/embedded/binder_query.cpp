@@ -281,6 +281,7 @@ class QueryBinder {
     }
     for (size_t i = 0; i < cores[0].items.size(); ++i) {
       std::vector<Typed*> column;
+      column.reserve(cores.size());
       for (BoundCore& core : cores) column.push_back(&core.items[i]);
       binder_.Unify(column);
       const bool compares =
