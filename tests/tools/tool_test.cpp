@@ -23,7 +23,7 @@ std::string Contents(std::FILE* file) {
   return text;
 }
 
-Ran RunWith(const std::vector<std::string>& arguments, std::string_view input = {}) {
+Ran RunWith(const std::vector<std::string>& arguments, std::string_view input = "") {
   std::FILE* in = std::tmpfile();
   std::FILE* out = std::tmpfile();
   std::FILE* errors = std::tmpfile();
@@ -45,7 +45,7 @@ class Tool : public testing::Test {
     return File(name);
   }
   // Runs on this test's own database, made when there is none.
-  Ran On(std::vector<std::string> arguments, std::string_view input = {}) const {
+  Ran On(std::vector<std::string> arguments, std::string_view input = "") const {
     arguments.insert(arguments.begin(), {"--connection", connection_, "--create"});
     return RunWith(arguments, input);
   }
