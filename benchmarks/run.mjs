@@ -100,7 +100,7 @@ function demandEqual(what, ours, theirs) {
 }
 
 const plainLines = (text) => text.replaceAll('\r\n', '\n');
-const median = (values) => values.toSorted((a, b) => a - b)[Math.floor(values.length / 2)];
+const median = (values) => [...values].sort((a, b) => a - b)[Math.floor(values.length / 2)];
 
 function main() {
   prepare();
