@@ -183,6 +183,27 @@ TEST(EmbeddedHostile, ALockedFileFailsAfterTheTimeout) {
   EXPECT_EQ(Scratch::AnswerOf(*other, u"UPDATE t SET a = 3 SELECT a FROM t"), "3");
 }
 
+TEST(EmbeddedHostile, ABatchWithoutEndFailsAfterItsTime) {
+  Scratch scratch;
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int) INSERT INTO t VALUES (1)"), "");
+  for (int i = 0; i < 7; ++i) ASSERT_EQ(scratch.Answer(u"INSERT INTO t SELECT a FROM t"), "");
+  ASSERT_EQ(scratch.Answer(u"CREATE PROCEDURE usp_a @n int AS SET @n = @n - 1 "
+                           u"IF @n > 0 BEGIN EXEC usp_a @n EXEC usp_a @n END"),
+            "");
+  for (const Text& sql :
+       {Text(u"SELECT count(*) FROM t a, t b, t c, t d, t e, t f"), Text(u"EXEC usp_a 30")}) {
+    const auto limited = Connection::Open(scratch.ConnectionText() + u"Command Timeout=1;");
+    ASSERT_FALSE(limited->Run(u"BEGIN TRAN UPDATE t SET a = 2").failure.has_value());
+    const Batch batch = limited->Run(sql + u" SELECT 'not reached'");
+    ASSERT_TRUE(batch.failure.has_value());
+    EXPECT_EQ(batch.failure->Number(), kTimeoutFailure) << batch.failure->what();
+    EXPECT_TRUE(batch.results.empty());
+    // A query that was given up leaves its transaction open.
+    EXPECT_EQ(Scratch::AnswerOf(*limited, u"SELECT max(a), @@trancount FROM t"), "2|1");
+  }
+  EXPECT_EQ(scratch.Answer(u"SELECT max(a) FROM t"), "1");
+}
+
 TEST(EmbeddedHostile, WritersOfOneFileQueue) {
   Scratch scratch;
   // The file and the table are made by whoever comes first.

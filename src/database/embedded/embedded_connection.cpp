@@ -10,7 +10,6 @@ namespace vellum250::database::embedded {
 namespace {
 
 constexpr size_t kMostIdle = 8;
-constexpr int32_t kDefaultTimeoutSeconds = 15;
 
 // Idle sessions of this thread, the one used last at the end.
 struct Idle {
@@ -19,21 +18,21 @@ struct Idle {
 };
 thread_local std::list<Idle> pool;
 
-std::unique_ptr<Session> TakeSession(const Text& path, bool create, int32_t timeoutMilliseconds) {
+std::unique_ptr<Session> TakeSession(const Text& path, bool create, TimeLimits limits) {
   for (auto at = pool.rbegin(); at != pool.rend(); ++at) {
     if (at->path != path) continue;
     std::unique_ptr<Session> session = std::move(at->session);
     pool.erase(std::next(at).base());
     // A file that was replaced on disk is opened anew.
-    if (session->IsCurrent() && session->Reset(timeoutMilliseconds)) return session;
-    return TakeSession(path, create, timeoutMilliseconds);
+    if (session->IsCurrent() && session->Reset(limits)) return session;
+    return TakeSession(path, create, limits);
   }
-  return std::make_unique<Session>(path, create, timeoutMilliseconds);
+  return std::make_unique<Session>(path, create, limits);
 }
 
 // What cannot be kept is closed.
 void GiveBack(const Text& path, std::unique_ptr<Session> session) noexcept {
-  if (!session->Reset(kDefaultTimeoutSeconds * 1000)) return;
+  if (!session->Reset({})) return;
   try {
     pool.push_back({path, std::move(session)});
   } catch (const std::bad_alloc&) {
@@ -44,8 +43,8 @@ void GiveBack(const Text& path, std::unique_ptr<Session> session) noexcept {
 
 class EmbeddedConnection final : public Connection {
  public:
-  EmbeddedConnection(Text path, bool create, int32_t timeoutMilliseconds)
-      : path_(std::move(path)), session_(TakeSession(path_, create, timeoutMilliseconds)) {}
+  EmbeddedConnection(Text path, bool create, TimeLimits limits)
+      : path_(std::move(path)), session_(TakeSession(path_, create, limits)) {}
   ~EmbeddedConnection() override { GiveBack(path_, std::move(session_)); }
 
   Batch Run(TextView sql, std::span<const Variant> parameters) override {
@@ -82,14 +81,16 @@ bool IsYes(TextView value) {
          value == u"1";
 }
 
-int32_t TimeoutOf(const ConnectionString& connectionString) {
-  const auto value = connectionString.Find(u"Timeout");
-  if (!value) return kDefaultTimeoutSeconds * 1000;
+// The milliseconds of a keyword that says seconds.
+int32_t TimeOf(const ConnectionString& connectionString, TextView keyword, int32_t otherwise) {
+  const auto value = connectionString.Find(keyword);
+  if (!value) return otherwise;
   int32_t seconds = 0;
   for (const char16_t c : *value) {
     if (c < u'0' || c > u'9' || seconds > 86400) {
-      throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
-                            u"the connection string's Timeout is no number of seconds");
+      throw DatabaseFailure(
+          kUnspecifiedFailure, kLibrarySource,
+          u"the connection string's " + Text(keyword) + u" is no number of seconds");
     }
     seconds = seconds * 10 + (c - u'0');
   }
@@ -105,7 +106,10 @@ std::unique_ptr<Connection> Open(const ConnectionString& connectionString) {
                           u"the connection string names no database file");
   }
   const bool create = IsYes(connectionString.Find(u"Create").value_or(u""));
-  return std::make_unique<EmbeddedConnection>(Text(*database), create, TimeoutOf(connectionString));
+  TimeLimits limits;
+  limits.lock = TimeOf(connectionString, u"Timeout", limits.lock);
+  limits.command = TimeOf(connectionString, u"Command Timeout", limits.command);
+  return std::make_unique<EmbeddedConnection>(Text(*database), create, limits);
 }
 
 }  // namespace vellum250::database::embedded

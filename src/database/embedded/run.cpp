@@ -90,6 +90,7 @@ class Runner::Reading {
 };
 
 void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
+  session_.BeginBatch();
   try {
     Scanned scanned = Scan(sql);
     if (parameters.size() > static_cast<size_t>(scanned.markers)) {

@@ -50,8 +50,8 @@ void SingleFinal(sqlite3_context* context) {
 
 }  // namespace
 
-Session::Session(const Text& path, bool create, int32_t timeoutMilliseconds)
-    : database_(path, create, timeoutMilliseconds), catalog_(database_) {
+Session::Session(const Text& path, bool create, TimeLimits limits)
+    : database_(path, create, limits.lock), catalog_(database_), commandLimit_(limits.command) {
   sqlite3_create_function_v2(database_.Get(), "v_identity", 3, SQLITE_UTF8, this, &NextKeyFunction,
                              nullptr, nullptr, nullptr);
   sqlite3_create_function_v2(database_.Get(), "v_single", 1, SQLITE_UTF8, this, nullptr,
@@ -172,13 +172,15 @@ int64_t Session::NextKey(bool temporary, const std::string& table, int64_t incre
   return *nextKey_;
 }
 
-bool Session::Reset(int32_t timeoutMilliseconds) noexcept {
+bool Session::Reset(TimeLimits limits) noexcept {
   try {
+    database_.LimitTime(0);
     EndTransactions();
     if (database_.InTransaction()) return false;
     catalog_.DropTemporary();
     state_ = SessionState();
-    sqlite3_busy_timeout(database_.Get(), timeoutMilliseconds);
+    sqlite3_busy_timeout(database_.Get(), limits.lock);
+    commandLimit_ = limits.command;
     return true;
   } catch (...) {
     return false;

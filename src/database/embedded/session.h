@@ -21,9 +21,15 @@ struct SessionState {
   std::map<std::string, int64_t> keysGiven;  // by the table's name, unquoted
 };
 
+// In milliseconds.
+struct TimeLimits {
+  int32_t lock = 15'000;     // waiting for another writer
+  int32_t command = 30'000;  // a batch or procedure call; 0 is no limit
+};
+
 class Session {
  public:
-  Session(const Text& path, bool create, int32_t timeoutMilliseconds);
+  Session(const Text& path, bool create, TimeLimits limits);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -51,10 +57,15 @@ class Session {
   void UseUpKey(const ObjectInfo& table);
   // The next key of a table that does not count by one. Called from within a statement.
   int64_t NextKey(bool temporary, const std::string& table, int64_t increment);
-  void BeginStatement() { nextKey_.reset(); }
+  void BeginBatch() { database_.LimitTime(commandLimit_); }
+  // Raises the time-out when the batch has had its time.
+  void BeginStatement() {
+    database_.CheckTime();
+    nextKey_.reset();
+  }
 
   // Ready for the next client. False when it should be closed instead.
-  bool Reset(int32_t timeoutMilliseconds) noexcept;
+  bool Reset(TimeLimits limits) noexcept;
   // Whether the file is still the one that was opened.
   bool IsCurrent() const;
 
@@ -70,6 +81,7 @@ class Session {
   std::map<Text, std::shared_ptr<Program>> procedures_;
   uint64_t proceduresGeneration_ = 0;
   std::optional<int64_t> nextKey_;
+  int32_t commandLimit_;
 };
 
 }  // namespace vellum250::database::embedded

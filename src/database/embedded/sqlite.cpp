@@ -10,6 +10,8 @@ namespace {
 
 // "VB25": tells our files from other SQLite databases.
 constexpr int32_t kApplicationId = 0x56423235;
+// Steps of SQLite's machine between two looks at the clock: some tens of microseconds.
+constexpr int kStepsBetweenLooks = 5000;
 
 DatabaseFailure FileFailure(const Text& words, const Text& path) {
   return DatabaseFailure(kUnspecifiedFailure, kLibrarySource, words + u": " + path);
@@ -108,6 +110,10 @@ void Database::Configure(int32_t timeoutMilliseconds) {
   sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 1, nullptr);
   RegisterFunctions(handle, context_);
+  sqlite3_progress_handler(
+      handle, kStepsBetweenLooks,
+      [](void* database) { return static_cast<int>(static_cast<Database*>(database)->IsTimeUp()); },
+      this);
   if (sqlite3_db_readonly(handle, "main") == 1) {
     throw FileFailure(u"the database file may not be written", path_);
   }
@@ -144,6 +150,21 @@ int64_t Database::Integer(std::string_view sql) {
   return statement.Step(*this) ? statement.Column(0).Integer() : 0;
 }
 
+void Database::LimitTime(int32_t milliseconds) {
+  deadline_ = milliseconds == 0 ? Clock::time_point::max()
+                                : Clock::now() + std::chrono::milliseconds(milliseconds);
+}
+
+void Database::CheckTime() {
+  if (IsTimeUp()) throw FailureOf(SQLITE_INTERRUPT);
+}
+
+bool Database::IsTimeUp() {
+  if (Clock::now() < deadline_) return false;
+  deadline_ = Clock::time_point::max();
+  return true;
+}
+
 void Database::Fail(int code) {
   if (context_.failure) throw *std::exchange(context_.failure, std::nullopt);
   if ((code & 0xFF) == SQLITE_CONSTRAINT) {
@@ -161,6 +182,8 @@ DatabaseFailure Database::FailureOf(int code) {
     case SQLITE_LOCKED:
       return DatabaseFailure(kTimeoutFailure, kLibrarySource,
                              u"the database is locked by another connection: time-out expired");
+    case SQLITE_INTERRUPT:
+      return DatabaseFailure(kTimeoutFailure, kLibrarySource, u"Query timeout expired");
     case SQLITE_CANTOPEN:
       return FileFailure(u"the database file cannot be opened", path_);
     case SQLITE_NOTADB:

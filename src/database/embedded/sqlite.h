@@ -3,6 +3,7 @@
 
 #include <sqlite3.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -63,6 +64,11 @@ class Database {
   bool InTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
   int64_t Changes() const { return sqlite3_changes64(handle_.get()); }
 
+  // From now on, what runs longer than this is given up as a time-out; 0 is no limit.
+  void LimitTime(int32_t milliseconds);
+  // Raises the time-out when the limit has passed.
+  void CheckTime();
+
   // Raises what SQLite's last failure means to a user: a DatabaseFailure, or a
   // ConstraintViolation. `code` is its extended result code.
   [[noreturn]] void Fail(int code);
@@ -71,11 +77,15 @@ class Database {
   DatabaseFailure FailureOf(int code);
   void CheckFile(const Text& path, bool create) const;
   void Configure(int32_t timeoutMilliseconds);
+  // Only once: what a time-out undoes has time.
+  bool IsTimeUp();
 
   struct Closer {
     void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
   };
+  using Clock = std::chrono::steady_clock;
   Text path_;
+  Clock::time_point deadline_ = Clock::time_point::max();
   FunctionContext context_;  // outlives the handle
   std::unique_ptr<sqlite3, Closer> handle_;
 };
