@@ -23,9 +23,9 @@ endif()
 
 add_library(vellum250_options INTERFACE)
 target_compile_options(vellum250_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Wold-style-cast -Werror
+  -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wold-style-cast -Werror
   # g++ 12 takes the inactive alternatives of a std::variant for values.
-  -Wno-maybe-uninitialized)
+  $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local;-Wno-maybe-uninitialized>)
 if(VELLUM250_SANITIZE)
   add_compile_options(-fsanitize=${VELLUM250_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)

@@ -299,7 +299,7 @@ class Scanner {
       throw Unsupported(u"a binary literal", startLine_);
     }
     const bool money = begin != at_;
-    std::string digits;  // without the point
+    std::string digits = "0";  // without the point; "$" is 0
     int32_t scale = 0;
     bool point = false;
     for (; IsDigit(Peek()) || (Peek() == u'.' && !point); ++at_) {
