@@ -9,55 +9,50 @@ namespace {
 
 constexpr TextView kBlanks = u" \t\r\n\v\f";
 
-// Follows a script line by line and knows whether a comment, a text or a quoted name goes on into
-// the next line.
-class OpenSpan {
- public:
-  explicit operator bool() const { return closing_ != 0 || commentDepth_ > 0; }
+}  // namespace
 
-  void Follow(TextView line) {
-    for (size_t i = 0; i < line.size(); ++i) {
-      const TextView two = line.substr(i, 2);
-      if (commentDepth_ > 0) {
-        // Comments nest in this dialect.
-        if (two == u"*/") {
-          --commentDepth_, ++i;
-        } else if (two == u"/*") {
-          ++commentDepth_, ++i;
-        }
-      } else if (closing_ != 0) {
-        if (line[i] != closing_) continue;
-        // Doubled, it stands for itself.
-        if (two.size() == 2 && two[1] == closing_) {
-          ++i;
-        } else {
-          closing_ = 0;
-        }
-      } else if (two == u"--") {
-        return;
-      } else if (two == u"/*") {
-        ++commentDepth_, ++i;
-      } else if (line[i] == u'\'' || line[i] == u'"') {
-        closing_ = line[i];
-      } else if (line[i] == u'[') {
-        closing_ = u']';
-      }
-    }
-  }
-
- private:
-  char16_t closing_ = 0;  // what ends the open text or quoted name, or 0
-  int commentDepth_ = 0;
-};
-
-bool IsSeparator(TextView line) {
+bool IsOnly(TextView line, TextView word) {
   const size_t begin = line.find_first_not_of(kBlanks);
   if (begin == TextView::npos) return false;
   const size_t end = line.find_last_not_of(kBlanks) + 1;
-  return EqualsIgnoreAsciiCase(line.substr(begin, end - begin), u"GO");
+  return EqualsIgnoreAsciiCase(line.substr(begin, end - begin), word);
 }
 
-}  // namespace
+bool BatchEnd::Follow(TextView line) {
+  if (IsOutside() && IsOnly(line, u"GO")) return true;
+  FollowInside(line);
+  return false;
+}
+
+void BatchEnd::FollowInside(TextView line) {
+  for (size_t i = 0; i < line.size(); ++i) {
+    const TextView two = line.substr(i, 2);
+    if (commentDepth_ > 0) {
+      // Comments nest in this dialect.
+      if (two == u"*/") {
+        --commentDepth_, ++i;
+      } else if (two == u"/*") {
+        ++commentDepth_, ++i;
+      }
+    } else if (closing_ != 0) {
+      if (line[i] != closing_) continue;
+      // Doubled, it stands for itself.
+      if (two.size() == 2 && two[1] == closing_) {
+        ++i;
+      } else {
+        closing_ = 0;
+      }
+    } else if (two == u"--") {
+      return;
+    } else if (two == u"/*") {
+      ++commentDepth_, ++i;
+    } else if (line[i] == u'\'' || line[i] == u'"') {
+      closing_ = line[i];
+    } else if (line[i] == u'[') {
+      closing_ = u']';
+    }
+  }
+}
 
 Text ScriptFromBytes(std::string_view bytes) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
@@ -74,7 +69,7 @@ Text ScriptFromBytes(std::string_view bytes) {
 
 std::vector<ScriptBatch> SplitBatches(TextView script) {
   std::vector<ScriptBatch> batches;
-  OpenSpan open;
+  BatchEnd batchEnd;
   size_t batchBegin = 0;
   int32_t batchLine = 1;
   int32_t line = 1;
@@ -85,12 +80,10 @@ std::vector<ScriptBatch> SplitBatches(TextView script) {
   for (size_t begin = 0; begin < script.size(); ++line) {
     const size_t end = std::min(script.find(u'\n', begin), script.size() - 1) + 1;
     const TextView text = script.substr(begin, end - begin);
-    if (!open && IsSeparator(text)) {
+    if (batchEnd.Follow(text)) {
       endBatch(begin);
       batchBegin = end;
       batchLine = line + 1;
-    } else {
-      open.Follow(text);
     }
     begin = end;
   }

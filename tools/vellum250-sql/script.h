@@ -14,12 +14,31 @@ struct ScriptBatch {
   int32_t firstLine = 1;  // the line of the script, from 1, at which `sql` begins
 };
 
+// Follows a script line by line to the lines that end a batch: those that hold nothing but GO, in
+// any case, and blanks. Inside a comment, a text or a quoted name that spans lines they end
+// nothing.
+class BatchEnd {
+ public:
+  // Whether this line, the next of the script, ends the batch.
+  bool Follow(TextView line);
+  // Whether no comment, text or quoted name goes on into the next line.
+  bool IsOutside() const { return closing_ == 0 && commentDepth_ == 0; }
+
+ private:
+  void FollowInside(TextView line);
+
+  char16_t closing_ = 0;  // what ends the open text or quoted name, or 0
+  int commentDepth_ = 0;
+};
+
+// Whether the line holds nothing but this word, in any case, and blanks.
+bool IsOnly(TextView line, TextView word);
+
 // The script in these bytes: UTF-8, with or without a byte order mark. Raises a Failure that names
 // the first line that is no UTF-8; a UTF-16 file is one.
 Text ScriptFromBytes(std::string_view bytes);
 
-// Splits at the lines that hold nothing but GO, in any case, and blanks; inside a comment, a text
-// or a quoted name that spans lines such a line stays. Batches of blanks only are left out.
+// Splits at the lines that end a batch. Batches of blanks only are left out.
 std::vector<ScriptBatch> SplitBatches(TextView script);
 
 }  // namespace vellum250::sqltool

@@ -1,5 +1,7 @@
 #include "vellum250-sql/tool.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -8,6 +10,7 @@
 #include "database/connection.h"
 #include "database/connection_string.h"
 #include "vellum250-sql/options.h"
+#include "vellum250-sql/prompt.h"
 #include "vellum250-sql/results.h"
 #include "vellum250-sql/script.h"
 
@@ -66,6 +69,7 @@ class Runner {
       : options_(options), in_(in), out_(out), errors_(errors) {}
 
   bool Run() {
+    if (IsInteractive()) return Converse();
     for (const Source& source : options_.sources) {
       const Outcome outcome = RunSource(source);
       if (options_.json) {
@@ -82,9 +86,47 @@ class Runner {
   }
 
  private:
+  bool IsInteractive() const {
+    return options_.sources.size() == 1 &&
+           options_.sources[0].kind == Source::Kind::StandardInput && !options_.json &&
+           isatty(fileno(in_)) != 0;
+  }
+
+  // One connection for all batches; a failure ends its batch and is told.
+  bool Converse() {
+    Outcome opening;
+    Guarded(opening, [&] { connection_ = Open(); });
+    if (opening.failure) {
+      Tell("", opening);
+      return false;
+    }
+    RunPrompt(in_, out_, errors_, [&](const ScriptBatch& batch) {
+      Outcome outcome;
+      Guarded(outcome, [&] { RunBatch("batch", batch, outcome); });
+      for (const int64_t count : outcome.rowCounts) {
+        Write(out_, "(" + std::to_string(count) + (count == 1 ? " row" : " rows") + " changed)\n");
+      }
+      if (outcome.failure) Tell("batch", outcome);
+    });
+    return true;
+  }
+
+  // Runs `action`; what it raises becomes the outcome's failure.
+  template <typename Action>
+  static void Guarded(Outcome& outcome, Action action) {
+    try {
+      action();
+    } catch (const DatabaseFailure& failure) {
+      outcome.failure = failure;
+      outcome.number = failure.NativeNumber();
+    } catch (...) {
+      outcome.failure = CurrentFailure();
+    }
+  }
+
   Outcome RunSource(const Source& source) {
     Outcome outcome;
-    try {
+    Guarded(outcome, [&] {
       if (!connection_) connection_ = Open();
       const Text script = ScriptOf(source, in_);
       std::vector<ScriptBatch> batches;
@@ -96,12 +138,7 @@ class Runner {
       for (size_t i = 0; i < batches.size() && !outcome.failure; ++i) {
         RunBatch(NameOf(source), batches[i], outcome);
       }
-    } catch (const DatabaseFailure& failure) {
-      outcome.failure = failure;
-      outcome.number = failure.NativeNumber();
-    } catch (...) {
-      outcome.failure = CurrentFailure();
-    }
+    });
     return outcome;
   }
 
