@@ -2,11 +2,16 @@
 
 #include "automation/locale.h"
 #include "database/embedded/failures.h"
+#include "database/embedded/transaction.h"
 
 namespace vellum250::database::embedded {
 namespace {
 
 constexpr char16_t kListMark = 0x1F;
+
+// PRAGMA user_version: the number of the file's format, then a count of the catalogue's changes.
+constexpr int kChangeBits = 24;
+constexpr int64_t kFormat = 0;
 
 Text Joined(const std::vector<Text>& names) {
   Text text;
@@ -106,35 +111,44 @@ const ConstraintInfo* ObjectInfo::PrimaryKey() const {
 }
 
 Catalog::Catalog(Database& database) : database_(database) {
-  if (database.Integer("PRAGMA user_version") == 0) {
-    database.Execute("BEGIN IMMEDIATE");
-    // Another connection may have been first.
-    if (database.Integer("PRAGMA user_version") == 0) {
-      CreateTables("main");
-      database.Execute("PRAGMA user_version = 1");
-    }
-    database.Execute("COMMIT");
-  }
   version_ = database.Prepare("PRAGMA user_version");
+  if (Version() == 0) {
+    Transaction transaction(database);
+    // Another connection may have been first.
+    if (Version() == 0) {
+      CreateTables("main");
+      CountChange(false);
+    }
+    transaction.Commit();
+  }
   Refresh();
 }
 
-void Catalog::Refresh() {
+int64_t Catalog::Version() {
   version_.Step(database_);
   const int64_t version = version_.Column(0).Integer();
   version_.Reset();
-  if (version != loadedVersion_) Reload();
+  if (version >> kChangeBits != kFormat) {
+    database_.FailFile(u"the database file was made by a newer version of this library");
+  }
+  return version;
+}
+
+void Catalog::Refresh() {
+  if (Version() != loadedVersion_) Reload();
 }
 
 void Catalog::Reload() {
   ++generation_;
+  loadedVersion_ = -1;  // until everything is read
   objects_.clear();
   hasTemporary_ =
       database_.Integer(
           "SELECT count(*) FROM temp.sqlite_schema WHERE name = 'vellum250_object'") != 0;
-  loadedVersion_ = database_.Integer("PRAGMA user_version");
+  const int64_t version = Version();
   Load("main.");
   if (hasTemporary_) Load("temp.");
+  loadedVersion_ = version;
 }
 
 void Catalog::CreateTables(const std::string& schema) {
@@ -243,8 +257,8 @@ ObjectPtr Catalog::FindSystemView(TextView schema, TextView name) const {
 
 void Catalog::CountChange(bool temporary) {
   if (temporary) return;
-  const int64_t version = database_.Integer("PRAGMA user_version");
-  database_.Execute("PRAGMA user_version = " + std::to_string(version % INT32_MAX + 1));
+  const int64_t changes = Version() % ((1 << kChangeBits) - 1) + 1;
+  database_.Execute("PRAGMA user_version = " + std::to_string(kFormat << kChangeBits | changes));
 }
 
 void Catalog::Add(const ObjectInfo& object) {
@@ -312,7 +326,9 @@ void Catalog::Remove(const ObjectInfo& object) {
 
 void Catalog::PrepareTemporary() {
   if (hasTemporary_) return;
+  Transaction transaction(database_);
   CreateTables("temp");
+  transaction.Commit();
   hasTemporary_ = true;
 }
 

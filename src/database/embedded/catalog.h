@@ -1,8 +1,8 @@
 // What the database holds: tables, views and procedures by name.
 //
 // The catalogue is kept in SQLite tables of the file itself (vellum250_...), and of the temporary
-// database for tables whose name begins with #. PRAGMA user_version counts its changes, so that a
-// connection notices what another one changed.
+// database for tables whose name begins with #. PRAGMA user_version holds the format of the file
+// and counts the changes, so that a connection notices what another one changed.
 #pragma once
 
 #include <map>
@@ -78,6 +78,7 @@ class Catalog {
   void DropTemporary();
 
  private:
+  int64_t Version();
   void Load(const std::string& schema);
   void CreateTables(const std::string& schema);
   void CountChange(bool temporary);

@@ -1,3 +1,5 @@
+#include <new>
+
 #include "database/embedded/failures.h"
 #include "database/embedded/messages.h"
 #include "database/embedded/run.h"
@@ -16,12 +18,11 @@ TextView VerbOf(Plan::Kind kind) {
   }
 }
 
-// The part of SQLite's message behind ": ".
+// The part of SQLite's message behind ": ", missing when there was no memory for it.
 Text DetailOf(const ConstraintViolation& violation) {
   const size_t colon = violation.message.find(": ");
-  return colon == std::string::npos
-             ? Text()
-             : FromUtf8(std::string_view(violation.message).substr(colon + 2));
+  if (colon == std::string::npos) throw std::bad_alloc();
+  return FromUtf8(std::string_view(violation.message).substr(colon + 2));
 }
 
 // "member.member_no, member.grade" -> the names of the columns.
@@ -103,17 +104,17 @@ DatabaseFailure ReferenceFailure(const Plan& plan, const Catalog& catalog) {
 DatabaseFailure RowFailure(const ConstraintViolation& violation, const Plan& plan,
                            const Catalog& catalog) {
   const ObjectInfo& table = *plan.table;
-  const Text detail = DetailOf(violation);
   switch (violation.code) {
     case SQLITE_CONSTRAINT_NOTNULL:
-      return NullNotAllowed(ColumnsOf(detail, table.name)[0], u"dbo." + table.name,
+      return NullNotAllowed(ColumnsOf(DetailOf(violation), table.name)[0], u"dbo." + table.name,
                             VerbOf(plan.kind));
     case SQLITE_CONSTRAINT_UNIQUE:
     case SQLITE_CONSTRAINT_PRIMARYKEY:
     case SQLITE_CONSTRAINT_ROWID:
-      return KeyFailure(detail, table);
+      return KeyFailure(DetailOf(violation), table);
     case SQLITE_CONSTRAINT_CHECK:
-      return ConstraintConflict(VerbOf(plan.kind), u"CHECK", detail, u"dbo." + table.name, {});
+      return ConstraintConflict(VerbOf(plan.kind), u"CHECK", DetailOf(violation),
+                                u"dbo." + table.name, {});
     case SQLITE_CONSTRAINT_FOREIGNKEY:
       return ReferenceFailure(plan, catalog);
     default:

@@ -41,6 +41,17 @@ void GiveBack(const Text& path, std::unique_ptr<Session> session) noexcept {
   if (pool.size() > kMostIdle) pool.pop_front();
 }
 
+// Where memory ends, the open transaction does.
+template <typename Action>
+auto InMemory(Session& session, Action action) {
+  try {
+    return action();
+  } catch (const std::bad_alloc&) {
+    session.EndTransactions();
+    throw OutOfMemory();
+  }
+}
+
 class EmbeddedConnection final : public Connection {
  public:
   EmbeddedConnection(Text path, bool create, TimeLimits limits)
@@ -48,13 +59,20 @@ class EmbeddedConnection final : public Connection {
   ~EmbeddedConnection() override { GiveBack(path_, std::move(session_)); }
 
   Batch Run(TextView sql, std::span<const Variant> parameters) override {
-    Batch batch;
-    Runner(*session_, batch).RunBatch(sql, parameters);
-    return batch;
+    return InMemory(*session_, [&] {
+      Batch batch;
+      Runner(*session_, batch).RunBatch(sql, parameters);
+      return batch;
+    });
   }
 
   ProcedureResult Call(TextView procedure,
                        std::span<const ProcedureParameter> parameters) override {
+    return InMemory(*session_, [&] { return CallInMemory(procedure, parameters); });
+  }
+
+ private:
+  ProcedureResult CallInMemory(TextView procedure, std::span<const ProcedureParameter> parameters) {
     std::vector<TypedValue> values;
     for (const ProcedureParameter& parameter : parameters) {
       values.push_back(FromVariant(parameter.value));
@@ -71,7 +89,6 @@ class EmbeddedConnection final : public Connection {
     return result;
   }
 
- private:
   Text path_;
   std::unique_ptr<Session> session_;
 };
@@ -109,7 +126,11 @@ std::unique_ptr<Connection> Open(const ConnectionString& connectionString) {
   TimeLimits limits;
   limits.lock = TimeOf(connectionString, u"Timeout", limits.lock);
   limits.command = TimeOf(connectionString, u"Command Timeout", limits.command);
-  return std::make_unique<EmbeddedConnection>(Text(*database), create, limits);
+  try {
+    return std::make_unique<EmbeddedConnection>(Text(*database), create, limits);
+  } catch (const std::bad_alloc&) {
+    throw OutOfMemory();
+  }
 }
 
 }  // namespace vellum250::database::embedded

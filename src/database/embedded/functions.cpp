@@ -91,11 +91,11 @@ template <typename Body>
 void Guard(sqlite3_context* context, Body body) {
   try {
     body();
-  } catch (const std::bad_alloc&) {
-    sqlite3_result_error_nomem(context);
-  } catch (const DatabaseFailure& failure) {
-    static_cast<FunctionContext*>(sqlite3_user_data(context))->failure = failure;
+  } catch (DatabaseFailure& failure) {
+    static_cast<FunctionContext*>(sqlite3_user_data(context))->failure = std::move(failure);
     sqlite3_result_error(context, "failure of a function", -1);
+  } catch (...) {
+    sqlite3_result_error_nomem(context);
   }
 }
 
@@ -437,6 +437,8 @@ std::string CurrentMoment() {
 }
 
 void RegisterFunctions(sqlite3* database, FunctionContext& context) {
+  // Its table is made now: a collation has no way to tell that there is no memory for it.
+  FoldBeyondAscii(u'\u00C0');
   for (const Entry& entry : kFunctions) {
     for (int count = entry.fewest; count <= entry.most; ++count) {
       Check(sqlite3_create_function_v2(database, entry.name, count, SQLITE_UTF8 | entry.purity,

@@ -92,6 +92,7 @@ class Runner::Reading {
 void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
   session_.BeginBatch();
   try {
+    session_.Settle();
     Scanned scanned = Scan(sql);
     if (parameters.size() > static_cast<size_t>(scanned.markers)) {
       throw ServerFailure(8144, u"There are more values than ? markers.");
@@ -159,10 +160,14 @@ Runner::Flow Runner::Failed(const DatabaseFailure& failure, int32_t line) {
   SessionState& state = session_.State();
   state.error = failure.NativeNumber();
   state.rowCount = 0;
-  if (!batch_.failure) batch_.failure = AtLine(failure, line);
-  // After some failures SQLite has rolled back by itself.
+  // Those of the file, after some of which SQLite has rolled back by itself. The batch ends with
+  // them, so that they count more than a refused row before.
+  const bool ofFile = failure.Number() == kUnspecifiedFailure;
   const bool lost = state.transactionCount > 0 && !session_.Db().InTransaction();
-  if (lost || UndoesTransaction(failure.NativeNumber())) session_.EndTransactions();
+  if (!batch_.failure || ofFile || failure.Number() == kTimeoutFailure) {
+    batch_.failure = AtLine(failure, line);
+  }
+  if (ofFile || lost || UndoesTransaction(failure.NativeNumber())) session_.EndTransactions();
   return EndsStatementOnly(failure.NativeNumber()) ? Flow::Next : Flow::Abort;
 }
 

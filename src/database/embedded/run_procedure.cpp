@@ -112,6 +112,7 @@ int32_t Runner::RunProcedure(Program& program, std::vector<TypedValue>& values,
 
 int32_t Runner::CallProcedure(TextView name, std::vector<TypedValue>& values) {
   session_.BeginBatch();
+  session_.Settle();
   session_.Objects().Refresh();
   const std::shared_ptr<Program> program = session_.Procedure(name);
   if (!program) throw NoSuchProcedure(name);

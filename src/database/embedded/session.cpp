@@ -6,8 +6,8 @@
 namespace vellum250::database::embedded {
 namespace {
 
-void SqliteFailure(sqlite3_context* context, Database& database, const DatabaseFailure& failure) {
-  database.Context().failure = failure;
+void SqliteFailure(sqlite3_context* context, Database& database, DatabaseFailure failure) {
+  database.Context().failure = std::move(failure);
   sqlite3_result_error(context, "failed", -1);
 }
 
@@ -18,8 +18,8 @@ void NextKeyFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
     const auto* table = reinterpret_cast<const char*>(sqlite3_value_text(arguments[1]));
     sqlite3_result_int64(context, session.NextKey(sqlite3_value_int(arguments[0]) != 0, table,
                                                   sqlite3_value_int64(arguments[2])));
-  } catch (const DatabaseFailure& failure) {
-    SqliteFailure(context, session.Db(), failure);
+  } catch (DatabaseFailure& failure) {
+    SqliteFailure(context, session.Db(), std::move(failure));
   } catch (...) {
     sqlite3_result_error_nomem(context);
   }
@@ -31,11 +31,16 @@ void SingleStep(sqlite3_context* context, int, sqlite3_value** arguments) {
   if (kept == nullptr) return sqlite3_result_error_nomem(context);
   if (*kept != nullptr) {
     Session& session = *static_cast<Session*>(sqlite3_user_data(context));
-    return SqliteFailure(context, session.Db(),
-                         ServerFailure(512,
-                                       u"Subquery returned more than 1 value. This is not "
-                                       u"permitted when the subquery follows =, !=, <, <= , >, >= "
-                                       u"or when the subquery is used as an expression."));
+    try {
+      SqliteFailure(context, session.Db(),
+                    ServerFailure(512,
+                                  u"Subquery returned more than 1 value. This is not permitted "
+                                  u"when the subquery follows =, !=, <, <= , >, >= or when the "
+                                  u"subquery is used as an expression."));
+    } catch (...) {
+      sqlite3_result_error_nomem(context);
+    }
+    return;
   }
   *kept = sqlite3_value_dup(arguments[0]);
   if (*kept == nullptr) sqlite3_result_error_nomem(context);
@@ -52,10 +57,12 @@ void SingleFinal(sqlite3_context* context) {
 
 Session::Session(const Text& path, bool create, TimeLimits limits)
     : database_(path, create, limits.lock), catalog_(database_), commandLimit_(limits.command) {
-  sqlite3_create_function_v2(database_.Get(), "v_identity", 3, SQLITE_UTF8, this, &NextKeyFunction,
-                             nullptr, nullptr, nullptr);
-  sqlite3_create_function_v2(database_.Get(), "v_single", 1, SQLITE_UTF8, this, nullptr,
-                             &SingleStep, &SingleFinal, nullptr);
+  if (sqlite3_create_function_v2(database_.Get(), "v_identity", 3, SQLITE_UTF8, this,
+                                 &NextKeyFunction, nullptr, nullptr, nullptr) != SQLITE_OK ||
+      sqlite3_create_function_v2(database_.Get(), "v_single", 1, SQLITE_UTF8, this, nullptr,
+                                 &SingleStep, &SingleFinal, nullptr) != SQLITE_OK) {
+    throw std::bad_alloc();
+  }
   begin_ = database_.Prepare("BEGIN");
   end_ = database_.Prepare("COMMIT");
 }
@@ -112,19 +119,27 @@ void Session::RollbackTransaction() {
     throw ServerFailure(
         3903, u"The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
   }
+  TakeBack();
+}
+
+void Session::TakeBack() {
   state_.transactionCount = 0;
   // SQLite may have rolled back by itself, after a full disk for one.
-  if (database_.InTransaction()) database_.Execute("ROLLBACK");
+  if (!database_.Rollback()) database_.Execute("ROLLBACK");
   if (std::exchange(state_.schemaChanged, false)) catalog_.Reload();
   RestoreKeys();
 }
 
+void Session::Settle() {
+  if (database_.InTransaction() != (state_.transactionCount > 0)) TakeBack();
+}
+
 void Session::EndTransactions() noexcept {
   try {
-    if (state_.transactionCount > 0) RollbackTransaction();
+    if (state_.transactionCount > 0 || database_.InTransaction()) TakeBack();
   } catch (...) {
-    // Closing the connection rolls back what is left.
-    state_.transactionCount = 0;
+    // Settle, or closing the connection, takes back what is left.
+    return;
   }
 }
 
@@ -179,7 +194,7 @@ bool Session::Reset(TimeLimits limits) noexcept {
     if (database_.InTransaction()) return false;
     catalog_.DropTemporary();
     state_ = SessionState();
-    sqlite3_busy_timeout(database_.Get(), limits.lock);
+    database_.SetTimeout(limits.lock);
     commandLimit_ = limits.command;
     return true;
   } catch (...) {

@@ -50,8 +50,10 @@ class Session {
   void BeginTransaction();
   void CommitTransaction();    // 3902
   void RollbackTransaction();  // 3903
-  // Rolls back what is open, if anything; and once more tells what SQLite did by itself.
+  // Rolls back what is open, if anything.
   void EndTransactions() noexcept;
+  // Before a batch: takes back what a failure has left half begun or half ended.
+  void Settle();
 
   // A key was used up though its row was refused.
   void UseUpKey(const ObjectInfo& table);
@@ -70,6 +72,7 @@ class Session {
   bool IsCurrent() const;
 
  private:
+  void TakeBack();
   void RestoreKeys();
 
   Database database_;

@@ -1,6 +1,7 @@
 #include "database/embedded/sqlite.h"
 
 #include <filesystem>
+#include <thread>
 
 #include "database/embedded/failures.h"
 #include "database/embedded/transaction.h"
@@ -13,8 +14,11 @@ constexpr int32_t kApplicationId = 0x56423235;
 // Steps of SQLite's machine between two looks at the clock: some tens of microseconds.
 constexpr int kStepsBetweenLooks = 5000;
 
-DatabaseFailure FileFailure(const Text& words, const Text& path) {
-  return DatabaseFailure(kUnspecifiedFailure, kLibrarySource, words + u": " + path);
+// A waiter looks this often whether it is its turn: all equally often, or the newest wins.
+constexpr auto kLockInterval = std::chrono::milliseconds(1);
+
+DatabaseFailure FileFailure(TextView words, const Text& path) {
+  return DatabaseFailure(kUnspecifiedFailure, kLibrarySource, Text(words) + u": " + path);
 }
 
 }  // namespace
@@ -70,7 +74,8 @@ void Prepared::Reset() {
   sqlite3_clear_bindings(statement_.get());
 }
 
-Database::Database(const Text& path, bool create, int32_t timeoutMilliseconds) : path_(path) {
+Database::Database(const Text& path, bool create, int32_t timeoutMilliseconds)
+    : path_(path), timeoutMilliseconds_(timeoutMilliseconds) {
   CheckFile(path, create);
   sqlite3* handle = nullptr;
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE |
@@ -78,7 +83,7 @@ Database::Database(const Text& path, bool create, int32_t timeoutMilliseconds) :
   const int code = sqlite3_open_v2(ToUtf8(path).c_str(), &handle, flags, nullptr);
   handle_.reset(handle);
   if (code != SQLITE_OK) Fail(code);
-  Configure(timeoutMilliseconds);
+  Configure();
 }
 
 void Database::CheckFile(const Text& path, bool create) const {
@@ -103,9 +108,19 @@ void Database::CheckFile(const Text& path, bool create) const {
   }
 }
 
-void Database::Configure(int32_t timeoutMilliseconds) {
+int Database::WaitForLock(void* self, int round) {
+  using std::chrono::milliseconds;
+  auto& database = *static_cast<Database*>(self);
+  const auto now = std::chrono::steady_clock::now();
+  if (round == 0) database.waitingSince_ = now;
+  if (now - database.waitingSince_ >= milliseconds(database.timeoutMilliseconds_)) return 0;
+  std::this_thread::sleep_for(kLockInterval);
+  return 1;
+}
+
+void Database::Configure() {
   sqlite3* handle = handle_.get();
-  sqlite3_busy_timeout(handle, timeoutMilliseconds);
+  sqlite3_busy_handler(handle, &WaitForLock, this);
   sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(handle, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_db_config(handle, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 1, nullptr);
@@ -125,9 +140,24 @@ void Database::Configure(int32_t timeoutMilliseconds) {
     }
     Execute("PRAGMA application_id = " + std::to_string(kApplicationId));
   }
+  StartLog();
   Execute(
-      "PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
+      "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
       "PRAGMA recursive_triggers = OFF; PRAGMA temp_store = MEMORY");
+  // Ready, for there may be no memory left to prepare it.
+  rollback_ = Prepare("ROLLBACK");
+}
+
+// SQLite does not wait by itself while another connection starts the log.
+void Database::StartLog() {
+  for (int round = 0;; ++round) {
+    Prepared start = Prepare("PRAGMA journal_mode = WAL", false);
+    const int code = sqlite3_step(start.Get());
+    if ((code & 0xFF) == SQLITE_BUSY && WaitForLock(this, round) != 0) continue;
+    if (code != SQLITE_ROW) Fail(code);
+    if (start.Column(0).Text() == "wal") return;
+    FailFile(u"the database file cannot have a write-ahead log");
+  }
 }
 
 Prepared Database::Prepare(std::string_view sql, bool keep) {
@@ -143,6 +173,14 @@ Prepared Database::Prepare(std::string_view sql, bool keep) {
 void Database::Execute(const std::string& sql) {
   const int code = sqlite3_exec(handle_.get(), sql.c_str(), nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) Fail(code);
+}
+
+bool Database::Rollback() noexcept {
+  if (InTransaction()) {
+    sqlite3_step(rollback_.Get());
+    rollback_.Reset();
+  }
+  return !InTransaction();
 }
 
 int64_t Database::Integer(std::string_view sql) {
@@ -173,6 +211,8 @@ void Database::Fail(int code) {
   throw FailureOf(code);
 }
 
+void Database::FailFile(TextView words) const { throw FileFailure(words, path_); }
+
 DatabaseFailure Database::FailureOf(int code) {
   const char* message = handle_ ? sqlite3_errmsg(handle_.get()) : sqlite3_errstr(code);
   switch (code & 0xFF) {
@@ -180,6 +220,7 @@ DatabaseFailure Database::FailureOf(int code) {
       throw std::bad_alloc();
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL:
       return DatabaseFailure(kTimeoutFailure, kLibrarySource,
                              u"the database is locked by another connection: time-out expired");
     case SQLITE_INTERRUPT:
@@ -214,9 +255,11 @@ DatabaseFailure Database::FailureOf(int code) {
 
 Transaction::~Transaction() {
   if (!open_ || !database_.InTransaction()) return;
-  // A failure here leaves what SQLite has rolled back by itself.
-  sqlite3_exec(database_.Get(), nested_ ? "ROLLBACK TO step; RELEASE step" : "ROLLBACK", nullptr,
-               nullptr, nullptr);
+  sqlite3* handle = database_.Get();
+  const bool undone = nested_ && sqlite3_exec(handle, "ROLLBACK TO step; RELEASE step", nullptr,
+                                              nullptr, nullptr) == SQLITE_OK;
+  // What cannot be undone alone goes with all the rest.
+  if (!undone) database_.Rollback();
 }
 
 void Transaction::Commit() {

@@ -59,9 +59,13 @@ class Database {
   Prepared Prepare(std::string_view sql, bool keep = true);
   // Statements without result, one after the other.
   void Execute(const std::string& sql);
+  // Whether no transaction is open any more.
+  bool Rollback() noexcept;
   // The first column of the first row; 0 when there is none.
   int64_t Integer(std::string_view sql);
   bool InTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
+  // How long a statement waits for another connection's lock.
+  void SetTimeout(int32_t milliseconds) { timeoutMilliseconds_ = milliseconds; }
   int64_t Changes() const { return sqlite3_changes64(handle_.get()); }
 
   // From now on, what runs longer than this is given up as a time-out; 0 is no limit.
@@ -72,11 +76,15 @@ class Database {
   // Raises what SQLite's last failure means to a user: a DatabaseFailure, or a
   // ConstraintViolation. `code` is its extended result code.
   [[noreturn]] void Fail(int code);
+  // "<words>: <path>".
+  [[noreturn]] void FailFile(TextView words) const;
 
  private:
   DatabaseFailure FailureOf(int code);
   void CheckFile(const Text& path, bool create) const;
-  void Configure(int32_t timeoutMilliseconds);
+  void Configure();
+  void StartLog();
+  static int WaitForLock(void* database, int round);
   // Only once: what a time-out undoes has time.
   bool IsTimeUp();
 
@@ -86,8 +94,11 @@ class Database {
   using Clock = std::chrono::steady_clock;
   Text path_;
   Clock::time_point deadline_ = Clock::time_point::max();
+  int32_t timeoutMilliseconds_;
+  Clock::time_point waitingSince_;
   FunctionContext context_;  // outlives the handle
   std::unique_ptr<sqlite3, Closer> handle_;
+  Prepared rollback_;
 };
 
 // A name between double quotes, as SQLite takes it.
