@@ -50,7 +50,7 @@ TEST(TypeNames, AreReadWithTheirNumbers) {
                                          {u"integer", 0, 0, "int"},
                                          {u"varbinary", 8, 0, "!unsupported"},
                                          {u"datetime2", 0, 0, "!unsupported"},
-                                         {u"strng", 0, 0, "!2715"}}) {
+                                         {u"strng", 0, 0, "!243"}}) {
     EXPECT_EQ(TypeShown([&] { return ParseType(c.name, c.first, c.second, 30); }), c.expected)
         << ToUtf8(c.name);
   }

@@ -60,7 +60,6 @@ class Scratch {
            std::to_string(failure.Line()) + ": " + failure.what();
   }
 
- private:
   static std::string RowsOf(const Recordset& result) {
     std::string rows;
     for (size_t row = 0; row < result.RowCount(); ++row) {
@@ -74,6 +73,7 @@ class Scratch {
     return result.RowCount() == 0 ? "(none)" : rows;
   }
 
+ private:
   std::filesystem::path file_;
   std::unique_ptr<Connection> connection_;
 };

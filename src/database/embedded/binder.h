@@ -34,6 +34,7 @@ struct BoundSource {
 struct Grouping {
   const std::vector<ExpressionPtr>* expressions = nullptr;
   std::vector<const BoundColumn*> columns;
+  int32_t failure = 8120;  // of a column that is none of them, by the clause that is bound
 };
 
 struct Scope {
@@ -76,6 +77,8 @@ class Binder {
   // A text that carries the collation; others as they are.
   static std::string Collated(const Typed& value);
   Typed Convert(Typed value, TypeInfo to);  // as CONVERT without style
+  // A text that may be no value of `to` fails in the rows that use it, not before.
+  Typed ConvertWhenUsed(Typed value, TypeInfo to);
   Typed Assign(Typed value, const ColumnInfo& column, TextView table);
   Typed SlotValue(Slot slot, TypeInfo type);
   std::string Comparison(Typed left, Operation operation, Typed right);

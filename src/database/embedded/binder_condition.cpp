@@ -146,13 +146,15 @@ std::string Binder::In(const Expression& e, Scope& scope) {
 }
 
 std::string Binder::LikeCondition(const Expression& e, Scope& scope) {
-  std::string sql = e.negated ? "NOT v_like(" : "v_like(";
-  for (size_t i = 0; i < e.arguments.size(); ++i) {
-    Typed argument = Bind(*e.arguments[i], scope);
-    if (i > 0) sql += ", ";
+  std::string sql;
+  bool national = false;
+  for (const ExpressionPtr& part : e.arguments) {
+    Typed argument = Bind(*part, scope);
+    national = national || IsNational(argument.type);
+    if (!sql.empty()) sql += ", ";
     sql += argument.isNull ? "NULL" : Convert(argument, AsText(argument.type)).sql;
   }
-  return sql + ")";
+  return std::string(e.negated ? "NOT " : "") + (national ? "v_nlike(" : "v_like(") + sql + ")";
 }
 
 }  // namespace vellum250::database::embedded

@@ -183,7 +183,8 @@ Typed Binder::BindColumn(const Expression& expression, Scope& scope) {
         std::ranges::count(at->grouping->columns, column) == 0) {
       const Text& qualifier = expression.qualifier;
       throw AtLine(
-          NotGrouped(qualifier.empty() ? expression.name : qualifier + u"." + expression.name),
+          NotGrouped(qualifier.empty() ? expression.name : qualifier + u"." + expression.name,
+                     at->grouping->failure),
           expression.line);
     }
     Typed value;
@@ -227,6 +228,11 @@ Typed Binder::Convert(Typed value, TypeInfo to) {
   return value;
 }
 
+Typed Binder::ConvertWhenUsed(Typed value, TypeInfo to) {
+  if (IsText(value.type) && !IsText(to)) value.slot = -1;
+  return Convert(std::move(value), to);
+}
+
 Typed Binder::Assign(Typed value, const ColumnInfo& column, TextView table) {
   const TypeInfo to = column.type;
   if (value.isNull || IsSameValue(value.type, to)) return value;
@@ -255,7 +261,7 @@ TypeInfo Binder::Unify(const std::vector<Typed*>& values) {
   }
   // Nothing but NULL is an int.
   const TypeInfo type = common.value_or(kInt);
-  for (Typed* value : values) *value = Convert(std::move(*value), type);
+  for (Typed* value : values) *value = ConvertWhenUsed(std::move(*value), type);
   return type;
 }
 
@@ -428,6 +434,7 @@ Typed Binder::BindCase(const Expression& e, Scope& scope) {
     results.push_back(Bind(*e.arguments[first + 2 * i + 1], scope));
   }
   if (e.hasElse) results.push_back(Bind(*e.arguments.back(), scope));
+  if (std::ranges::all_of(results, &Typed::isNull)) throw AtLine(OnlyNulls(8133), e.line);
   std::vector<Typed*> all;
   all.reserve(results.size());
   for (Typed& result : results) all.push_back(&result);

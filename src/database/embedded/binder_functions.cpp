@@ -11,9 +11,10 @@
 namespace vellum250::database::embedded {
 namespace {
 
-// Text is a text but not of the types text and ntext; AnyText is any.
-enum class Argument : uint8_t { None, Text, AnyText, Int, Float, Any };
-enum class Result : uint8_t { Int, VarChar, NVarChar, Float, LikeFirst, Guid };
+// Text is a value as text, but not one of the types text and ntext; AnyText is any; OnlyText is no
+// number or date.
+enum class Argument : uint8_t { None, Text, AnyText, OnlyText, Int, Float, Any };
+enum class Result : uint8_t { Int, Char, NChar, VarChar, NVarChar, Float, LikeFirst, Guid };
 
 // A function that is its arguments converted, a call, and a type.
 struct Rule {
@@ -36,7 +37,7 @@ constexpr Rule kRules[] = {
     {u"substring",
      "v_substring",
      3,
-     {Argument::AnyText, Argument::Int, Argument::Int, kNone},
+     {Argument::OnlyText, Argument::Int, Argument::Int, kNone},
      Result::LikeFirst},
     {u"charindex",
      "v_charindex",
@@ -62,8 +63,8 @@ constexpr Rule kRules[] = {
     {u"str", "v_str", 1, {Argument::Float, Argument::Int, Argument::Int, kNone}, Result::VarChar},
     {u"space", "v_space", 1, {Argument::Int, kNone}, Result::VarChar},
     {u"replicate", "v_replicate", 2, {Argument::Text, Argument::Int, kNone}, Result::VarChar, true},
-    {u"char", "v_char", 1, {Argument::Int, kNone}, Result::VarChar},
-    {u"nchar", "v_nchar", 1, {Argument::Int, kNone}, Result::NVarChar},
+    {u"char", "v_char", 1, {Argument::Int, kNone}, Result::Char},
+    {u"nchar", "v_nchar", 1, {Argument::Int, kNone}, Result::NChar},
     {u"quotename", "v_quotename", 1, {Argument::Text, Argument::Text, kNone}, Result::NVarChar},
     {u"isdate", "v_isdate", 1, {Argument::Text, kNone}, Result::Int},
     {u"isnumeric", "v_isnumeric", 1, {Argument::Any, kNone}, Result::Int, true},
@@ -108,6 +109,10 @@ TypeInfo ResultOf(Result result, const std::vector<Typed>& arguments) {
       return kInt;
     case Result::Float:
       return kFloat;
+    case Result::Char:
+      return {SqlType::Char, 1, 0, 0};
+    case Result::NChar:
+      return {SqlType::NChar, 1, 0, 0};
     case Result::NVarChar:
       return NVarChar(4000);
     case Result::VarChar:
@@ -226,13 +231,16 @@ Typed Binder::BindCall(const Expression& e, Scope& scope) {
     throw WrongArguments(e, rule->least);
   }
   for (size_t i = 0; i < arguments.size(); ++i) {
-    switch (rule->arguments[i]) {
+    const Argument wanted = rule->arguments[i];
+    const TypeInfo given = arguments[i].type;
+    if ((wanted == Argument::Text && IsLongText(given)) ||
+        (wanted == Argument::OnlyText && !IsText(given))) {
+      throw InvalidArgumentType(arguments[i].isNull ? u"NULL" : MessageName(given),
+                                static_cast<int32_t>(i + 1), ToLower(e.name));
+    }
+    switch (wanted) {
       case Argument::Text:
-        if (IsLongText(arguments[i].type)) {
-          throw InvalidArgumentType(MessageName(arguments[i].type), static_cast<int32_t>(i + 1),
-                                    ToLower(e.name));
-        }
-        [[fallthrough]];
+      case Argument::OnlyText:
       case Argument::AnyText:
         arguments[i] =
             Convert(arguments[i], arguments[i].isNull ? VarChar(1) : AsText(arguments[i].type));
@@ -249,7 +257,16 @@ Typed Binder::BindCall(const Expression& e, Scope& scope) {
   }
   std::string sql = CallOf(rule->call, arguments);
   if (rule->code) sql += ", " + CodeOf(arguments[0].type);
-  return Called(sql + ")", ResultOf(rule->result, arguments));
+  TypeInfo type = ResultOf(rule->result, arguments);
+  // left, right and substring: no longer than they say.
+  if (exactLengths_ && rule->result == Result::LikeFirst && arguments.size() > 1 &&
+      e.arguments.back()->kind == ExpressionKind::Literal) {
+    const int64_t count = ValueRef(LiteralOf(*e.arguments.back()).value).Integer();
+    if (count > 0 && (type.length == -1 || count < type.length)) {
+      type.length = static_cast<int32_t>(count);
+    }
+  }
+  return Called(sql + ")", type);
 }
 
 DatabaseFailure Binder::AggregateFailure(const Expression& e, const Scope& scope) const {
@@ -276,6 +293,7 @@ Typed Binder::BindAggregate(const Expression& e, Scope& scope) {
   ++scope.insideAggregate;
   Typed value = Bind(*e.arguments[0], scope);
   --scope.insideAggregate;
+  if (value.isNull) throw InvalidOperandType(u"NULL", name);
   if (counts && IsLongText(value.type)) {
     throw InvalidOperandType(MessageName(value.type), name);
   }
@@ -306,7 +324,7 @@ Typed Binder::BindIsNull(const Expression& e, Scope& scope) {
   Typed second = Bind(*e.arguments[1], scope);
   if (first.isNull) return second;
   const TypeInfo type = first.type;
-  second = Convert(std::move(second), type);
+  second = ConvertWhenUsed(std::move(second), type);
   return Called("ifnull(" + first.sql + ", " + second.sql + ")", type);
 }
 
@@ -314,6 +332,7 @@ Typed Binder::BindCoalesce(const Expression& e, Scope& scope) {
   if (e.arguments.size() < 2) throw WrongArguments(e, 2);
   std::vector<Typed> arguments;
   for (const ExpressionPtr& argument : e.arguments) arguments.push_back(Bind(*argument, scope));
+  if (std::ranges::all_of(arguments, &Typed::isNull)) throw AtLine(OnlyNulls(4127), e.line);
   std::vector<Typed*> all;
   all.reserve(arguments.size());
   for (Typed& argument : arguments) all.push_back(&argument);
@@ -324,10 +343,10 @@ Typed Binder::BindCoalesce(const Expression& e, Scope& scope) {
 Typed Binder::BindNullIf(const Expression& e, Scope& scope) {
   if (e.arguments.size() != 2) throw WrongArguments(e, 2);
   Typed value = Bind(*e.arguments[0], scope);
+  if (value.isNull) throw AtLine(OnlyNulls(4151), e.line);
   const std::string equal =
       Comparison(Bind(*e.arguments[0], scope), Operation::Equal, Bind(*e.arguments[1], scope));
-  return Called("CASE WHEN " + equal + " THEN NULL ELSE " + value.sql + " END",
-                value.isNull ? kInt : value.type);
+  return Called("CASE WHEN " + equal + " THEN NULL ELSE " + value.sql + " END", value.type);
 }
 
 // dateadd, datediff, datepart, datename, and day, month, year.

@@ -91,6 +91,7 @@ class QueryBinder {
     for (const Typed& item : bound.items) {
       if (core.distinct && IsLongText(item.type)) throw NotDistinct(MessageName(item.type));
     }
+    if (grouped) scope.grouping->failure = 8121;
     if (core.having) bound.having = binder_.Condition(*core.having, scope);
     bool one = grouped && core.groupBy.empty();
     if (core.top) {
@@ -98,6 +99,7 @@ class QueryBinder {
       one = one || IsOne(*core.top);
     }
     bound.singleRow = one || core.from.empty();
+    if (grouped) scope.grouping->failure = 8127;
     if (orderBy) bound.orderBy = Order(*orderBy, core, scope, bound);
     return bound;
   }
@@ -167,7 +169,7 @@ class QueryBinder {
       found = true;
       for (const BoundColumn& column : source.columns) {
         if (scope.grouping && std::ranges::count(scope.grouping->columns, &column) == 0) {
-          throw NotGrouped(source.alias + u"." + column.name);
+          throw NotGrouped(source.alias + u"." + column.name, scope.grouping->failure);
         }
         Typed value;
         value.sql = column.sql;

@@ -39,8 +39,7 @@ uint32_t PrimaryOf(char16_t folded) {
   if (folded < 0x80) return kAsciiPrimary[folded];
   // The signs of Latin-1 stand behind those of ASCII.
   if (folded < 0xC0) return folded;
-  const char plain = folded < 0x180 ? kPlainLetters[folded - 0xC0] : '.';
-  if (plain != '.') return PrimaryOfAscii(static_cast<unsigned char>(plain));
+  if (const char16_t plain = PlainLetter(folded)) return PrimaryOfAscii(plain);
   return folded < 0x400 ? kOthers + (folded >> 2) : folded;
 }
 
@@ -85,6 +84,12 @@ char16_t FoldBeyondAscii(char16_t unit) {
     return ToLower(units);
   }();
   return folded[unit];
+}
+
+char16_t PlainLetter(char16_t folded) {
+  if (folded < 0xC0 || folded >= 0x180) return 0;
+  const char plain = kPlainLetters[folded - 0xC0];
+  return plain == '.' ? char16_t{0} : static_cast<char16_t>(plain);
 }
 
 uint32_t Weight(char16_t unit) {

@@ -18,6 +18,10 @@ inline char16_t Fold(char16_t unit) {
   return unit < 0x80 ? AsciiLower(unit) : FoldBeyondAscii(unit);
 }
 
+// The letter of ASCII that a letter of Latin-1 or Latin Extended-A has beneath its accent; 0 for
+// others. `folded` is a folded unit.
+char16_t PlainLetter(char16_t folded);
+
 // The unit's place among units, case left out; the upper 16 bits leave the accent out, too.
 uint32_t Weight(char16_t unit);
 

@@ -194,13 +194,14 @@ Value ToMoney(ValueRef value, TypeInfo from, TypeInfo to) {
 }
 
 std::optional<double> ParseFloat(std::string_view text) {
-  std::string_view digits = Trimmed(text);
-  if (!digits.empty() && digits[0] == '+') {
-    digits.remove_prefix(1);
-    if (!digits.empty() && digits[0] == '-') return std::nullopt;
+  std::string digits(Trimmed(text));
+  if (digits.starts_with('+')) {
+    digits.erase(0, 1);
+    if (digits.starts_with('-')) return std::nullopt;
   }
-  // No words (inf, nan), which the library's own parser takes.
-  if (digits.find_first_not_of("0123456789+-.eE") != std::string_view::npos) return std::nullopt;
+  // No words (inf, nan), which the standard library takes; an exponent may be written with a d.
+  if (digits.find_first_not_of("0123456789+-.eEdD") != std::string::npos) return std::nullopt;
+  if (const size_t d = digits.find_first_of("dD"); d != std::string::npos) digits[d] = 'e';
   double number = 0;
   const char* const end = digits.data() + digits.size();
   const auto [stopped, error] = std::from_chars(digits.data(), end, number);
@@ -345,7 +346,7 @@ bool IsTooLong(std::string_view text, TypeInfo to) {
   return Utf16Length(text) > to.length;
 }
 
-std::string TextOf(ValueRef value, TypeInfo from, int32_t style) {
+std::string TextOf(ValueRef value, TypeInfo from, TypeInfo to, int32_t style) {
   std::string text;
   switch (ClassOf(from.type)) {
     case TypeClass::Whole:
@@ -366,6 +367,7 @@ std::string TextOf(ValueRef value, TypeInfo from, int32_t style) {
       break;
     default:
       text = value.Text();
+      if (IsNational(from) && !IsNational(to)) text = Narrow(std::move(text));
   }
   return text;
 }
@@ -373,15 +375,10 @@ std::string TextOf(ValueRef value, TypeInfo from, int32_t style) {
 bool IsCutSilently(TypeInfo from) { return IsText(from) || IsDate(from); }
 
 Value ToText(ValueRef value, TypeInfo from, TypeInfo to, int32_t style) {
-  std::string text;
-  if (IsText(from) && IsTooLong(value.Text(), to)) {
-    text = Slice(value.Text(), 0, to.length).View();
-  } else {
-    text = TextOf(value, from, style);
-    if (IsTooLong(text, to)) {
-      text = IsCutSilently(from) ? std::string(Slice(text, 0, to.length).View())
-                                 : TooLong(value, from, to);
-    }
+  std::string text = TextOf(value, from, to, style);
+  if (IsTooLong(text, to)) {
+    text = IsCutSilently(from) ? std::string(Slice(text, 0, to.length).View())
+                               : TooLong(value, from, to);
   }
   Pad(text, to);
   return text;
@@ -414,7 +411,7 @@ Value Convert(ValueRef value, TypeInfo from, TypeInfo to, int32_t style) {
 
 Value Assign(ValueRef value, TypeInfo from, TypeInfo to, TextView column, TextView table) {
   if (value.IsNull() || !IsText(to) || !IsCutSilently(from)) return Convert(value, from, to);
-  std::string text = TextOf(value, from, 0);
+  std::string text = TextOf(value, from, to, 0);
   if (IsTooLong(text, to)) {
     std::string kept(Slice(text, 0, to.length).View());
     const std::string_view lost = std::string_view(text).substr(std::min(kept.size(), text.size()));
@@ -447,6 +444,7 @@ bool IsSameValue(TypeInfo from, TypeInfo to) {
       return from.type == to.type ||
              (from.type == SqlType::SmallDateTime && to.type == SqlType::DateTime);
     case TypeClass::Text:
+      if (IsNational(from) && !IsNational(to)) return false;
       if (IsPadded(to)) return IsPadded(from) && from.length == to.length;
       return to.length == -1 || (from.length != -1 && from.length <= to.length);
     default:

@@ -114,6 +114,7 @@ void AssignCall(const Call& call) {
   const TypeInfo to = call.Type(2);
   // Text of few bytes has few characters.
   const bool fits = IsText(from) && IsText(to) && !IsPadded(to) &&
+                    (IsNational(to) || !IsNational(from)) &&
                     call.Text(0).size() <= static_cast<size_t>(to.length);
   if (fits || IsSameValue(from, to)) return call.ReturnArgument(0);
   call.Return(Assign(call.Argument(0), from, to, FromUtf8(call.Text(3)), FromUtf8(call.Text(4))));

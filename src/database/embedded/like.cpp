@@ -112,7 +112,9 @@ int64_t PatIndex(std::string_view pattern, std::string_view text) {
   Units rest(text);
   Units sought(pattern);
   if (sought.AtEnd()) return 0;
-  if (!matcher.TakeAny(sought)) return matcher.Try(rest, sought) == Fit::Yes ? 1 : 0;
+  const bool anywhere = matcher.TakeAny(sought);
+  if (anywhere && sought.AtEnd()) return 1;
+  if (!anywhere) return matcher.Try(rest, sought) == Fit::Yes ? 1 : 0;
   for (int64_t position = 1;; ++position) {
     const Fit fit = matcher.Try(rest, sought);
     if (fit == Fit::Yes) return position;

@@ -40,16 +40,22 @@ DatabaseFailure InvalidColumn(TextView column) {
 DatabaseFailure InvalidObject(TextView object) {
   return Say(208, u"Invalid object name '", object, u"'.");
 }
-DatabaseFailure NotGrouped(TextView column) {
-  return Say(8120, u"Column '", column,
-             u"' is invalid in the select list because it is not contained in either an aggregate "
-             u"function or the GROUP BY clause.");
+DatabaseFailure NotGrouped(TextView column, int32_t number) {
+  return Say(number, u"Column '", column, u"' is invalid in the ",
+             number == 8120   ? u"select list"
+             : number == 8121 ? u"HAVING clause"
+                              : u"ORDER BY clause",
+             u" because it is not contained in either an aggregate function or the GROUP BY "
+             u"clause.");
 }
 DatabaseFailure AlreadyAnObject(TextView object) {
   return Say(2714, u"There is already an object named '", object, u"' in the database.");
 }
 DatabaseFailure NoSuchType(TextView type) {
   return Say(2715, u"Cannot find data type ", type, u".");
+}
+DatabaseFailure NotASystemType(TextView type) {
+  return Say(243, u"Type ", type, u" is not a defined system type.");
 }
 DatabaseFailure NoSuchProcedure(TextView procedure) {
   return Say(2812, u"Could not find stored procedure '", procedure, u"'.");
@@ -112,6 +118,22 @@ DatabaseFailure PrecisionTooLarge(int32_t precision) {
 DatabaseFailure ScaleAbovePrecision(int32_t scale, int32_t precision) {
   return Say(2751, u"Column or parameter: Specified column scale ", NumberText(scale),
              u" is greater than the specified precision of ", NumberText(precision), u".");
+}
+DatabaseFailure OnlyNulls(int32_t number) {
+  switch (number) {
+    case 4127:
+      return Say(number,
+                 u"At least one of the arguments to COALESCE must be an expression that is not "
+                 u"the NULL constant.");
+    case 4151:
+      return Say(number,
+                 u"The type of the first argument to NULLIF cannot be the NULL constant because "
+                 u"the type of the first argument has to be known.");
+    default:
+      return Say(number,
+                 u"At least one of the result expressions in a CASE specification must be an "
+                 u"expression other than the NULL constant.");
+  }
 }
 
 DatabaseFailure WholeNumberOverflow(TextView type, int64_t value) {

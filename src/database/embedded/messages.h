@@ -14,11 +14,13 @@ DatabaseFailure AggregateInWhere();                                            /
 DatabaseFailure ParameterNotSupplied(TextView procedure, TextView parameter);  // 201
 DatabaseFailure InvalidColumn(TextView column);                                // 207
 DatabaseFailure InvalidObject(TextView object);                                // 208
-DatabaseFailure NotGrouped(TextView column);                                   // 8120
-DatabaseFailure AlreadyAnObject(TextView object);                              // 2714
-DatabaseFailure NoSuchType(TextView type);                                     // 2715
-DatabaseFailure NoSuchProcedure(TextView procedure);                           // 2812
-DatabaseFailure CannotDrop(TextView kind, TextView object);                    // 3701
+// 8120 in the select list, 8121 in HAVING, 8127 in ORDER BY: `number` is one of them.
+DatabaseFailure NotGrouped(TextView column, int32_t number);
+DatabaseFailure AlreadyAnObject(TextView object);            // 2714
+DatabaseFailure NoSuchType(TextView type);                   // 2715
+DatabaseFailure NotASystemType(TextView type);               // 243
+DatabaseFailure NoSuchProcedure(TextView procedure);         // 2812
+DatabaseFailure CannotDrop(TextView kind, TextView object);  // 3701
 
 // Types that do not go together.
 DatabaseFailure TypeClash(TextView from, TextView to);                                    // 206
@@ -35,6 +37,8 @@ DatabaseFailure InvalidLength(int32_t length);                                  
 DatabaseFailure WidthNotAllowed(TextView type);                                           // 2716
 DatabaseFailure PrecisionTooLarge(int32_t precision);                                     // 2750
 DatabaseFailure ScaleAbovePrecision(int32_t scale, int32_t precision);                    // 2751
+// 4127 of COALESCE, 4151 of NULLIF, 8133 of CASE: `number` is one of them.
+DatabaseFailure OnlyNulls(int32_t number);
 
 // Values that do not become what they should.
 DatabaseFailure WholeNumberOverflow(TextView type, int64_t value);              // 220

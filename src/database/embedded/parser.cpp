@@ -136,6 +136,7 @@ TypeInfo Parser::TakeType(int32_t unsized) {
       numbers[0] = -1;
     } else {
       numbers[0] = static_cast<int32_t>(TakeWholeNumber());
+      if (numbers[0] == 0) throw AtLine(InvalidLength(0), line);
       if (Take(u",")) numbers[1] = static_cast<int32_t>(TakeWholeNumber());
     }
     Expect(u")");

@@ -84,7 +84,24 @@ std::string OtherCase(std::string_view text, char first, char last) {
   return result;
 }
 
+char16_t Narrow(char16_t unit) {
+  if (platform::CharacterCode(unit) != u'?') return unit;
+  if (unit >= 0xFF01 && unit <= 0xFF5E) return static_cast<char16_t>(unit - 0xFEE0);  // wide ASCII
+  if (unit == 0x110) return 0xD0;
+  const char16_t folded = Fold(unit);
+  const char16_t plain = PlainLetter(folded);
+  if (plain == 0) return u'?';
+  return folded == unit ? plain : static_cast<char16_t>(plain - 32);
+}
+
 }  // namespace
+
+std::string Narrow(std::string text) {
+  if (IsAscii(text)) return text;
+  Text units = FromUtf8(text);
+  std::ranges::transform(units, units.begin(), [](char16_t unit) { return Narrow(unit); });
+  return ToUtf8(units);
+}
 
 int64_t Utf16Length(std::string_view text) {
   int64_t units = 0;
@@ -217,7 +234,7 @@ std::optional<std::string> Char(int64_t code) {
 
 std::optional<int64_t> Ascii(std::string_view text) {
   if (text.empty()) return std::nullopt;
-  return platform::CharacterCode(Units(text).Next()) & 0xFF;
+  return platform::CharacterCode(Narrow(Units(text).Next())) & 0xFF;
 }
 
 std::optional<int64_t> Unicode(std::string_view text) {

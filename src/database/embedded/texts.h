@@ -12,6 +12,10 @@
 
 namespace vellum250::database::embedded {
 
+// As varchar holds it: what the single-byte code page lacks is the letter without its accent, or
+// "?".
+std::string Narrow(std::string text);
+
 // UTF-16 code units in `text`.
 int64_t Utf16Length(std::string_view text);
 

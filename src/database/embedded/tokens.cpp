@@ -6,6 +6,7 @@
 
 #include "database/embedded/convert.h"
 #include "database/embedded/failures.h"
+#include "database/embedded/texts.h"
 
 namespace vellum250::database::embedded {
 namespace {
@@ -291,7 +292,9 @@ class Scanner {
     }
     line_ += static_cast<int32_t>(std::ranges::count(batch_.substr(first, at_ - first), u'\n'));
     const auto length = std::max(1, static_cast<int32_t>(text.size()));
-    AddLiteral(begin, {Value(ToUtf8(text)), TypeInfo{type, length, 0, 0}});
+    std::string value = ToUtf8(text);
+    if (type == SqlType::VarChar) value = Narrow(std::move(value));
+    AddLiteral(begin, {std::move(value), TypeInfo{type, length, 0, 0}});
   }
 
   void TakeNumber(size_t begin) {
@@ -315,7 +318,7 @@ class Scanner {
     const auto length = static_cast<int32_t>(digits.size());
     if (length > 18 || scale > 18)
       throw Unsupported(u"a number of more than 18 digits", startLine_);
-    const int64_t number = std::stoll(digits);
+    const int64_t number = digits.empty() ? 0 : std::stoll(digits);  // none: "$" alone
     const TypeInfo decimal = DecimalType(std::max(length, std::max(scale, 1)), scale);
     if (money) return AddLiteral(begin, {Convert(number, decimal, kMoney), kMoney});
     if (!point && number <= INT32_MAX) {

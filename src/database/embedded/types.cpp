@@ -228,7 +228,7 @@ bool IsNational(TypeInfo type) {
 
 TypeInfo ParseType(TextView name, int32_t first, int32_t second, int32_t unsized) {
   const TypeName* found = FindTypeName(name);
-  if (found == nullptr) throw NoSuchType(name);
+  if (found == nullptr) throw unsized == 1 ? NoSuchType(name) : NotASystemType(name);
   if (!found->type) throw Unsupported(u"data type " + Text(name));
   TypeInfo type{*found->type, 0, 0, 0};
   switch (ClassOf(type.type)) {

@@ -51,8 +51,9 @@ constexpr TypeInfo Decode(int64_t code) {
 // The type that T-SQL names `name` ("varchar", "numeric", "double precision" with one blank ...),
 // without regard to case. `first` and `second` are the numbers in brackets: 0 when absent, -1 for
 // MAX. `unsized` is the length of a text type without one: 1 in declarations, 30 in CAST and
-// CONVERT. Raises 2715 for an unknown name, 131, 1001, 2716, 2750 or 2751 for numbers that do not
-// fit, and "not supported" for the types this database does not store (binary, datetime2, time, xml
+// CONVERT. Raises 2715 or, in CAST and CONVERT, 243 for an unknown name, 131, 1001, 2716, 2750 or
+// 2751 for numbers that do not fit, and "not supported" for the types this database does not store
+// (binary, datetime2, time, xml
 // ...).
 TypeInfo ParseType(TextView name, int32_t first, int32_t second, int32_t unsized);
 
