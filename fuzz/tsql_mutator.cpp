@@ -7,6 +7,7 @@
 #include <iterator>
 #include <map>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -98,8 +99,13 @@ class Vocabulary {
     std::string group = found != groupOf_.end() ? found->second : "names";
     if (std::isdigit(static_cast<unsigned char>(token[0]))) group = "numbers";
     if (token.back() == '\'') group = "texts";
-    const auto& words = random(8) == 0 ? all_ : groups_.at(group);
+    const auto& words = random(16) == 0 ? all_ : groups_.at(group);
     return words[random(words.size())];
+  }
+  bool IsValue(const std::string& token) const {
+    if (std::isdigit(static_cast<unsigned char>(token[0])) || token.back() == '\'') return true;
+    const auto found = groupOf_.find(token);
+    return token[0] == '@' || (found != groupOf_.end() && found->second == "names");
   }
   template <typename Random>
   const std::string& Any(Random& random) const {
@@ -110,6 +116,78 @@ class Vocabulary {
   std::map<std::string, Tokens> groups_;
   std::map<std::string, std::string> groupOf_;
   Tokens all_;
+};
+
+// What tsql.grammar says, made into batches.
+class Grammar {
+ public:
+  Grammar() {
+    std::ifstream file(VELLUM250_SOURCE_DIR "/fuzz/tsql.grammar");
+    Tokens* alternatives = nullptr;
+    for (std::string line; std::getline(file, line);) {
+      if (line.empty() || line.starts_with("# ")) continue;
+      if (line.starts_with("  ")) {
+        alternatives->push_back(line.substr(2));
+      } else if (line.starts_with("table ")) {
+        alternatives = &tables_.emplace_back(line.substr(6), Tokens()).second;
+      } else {
+        alternatives = &rules_[line];
+      }
+    }
+    if (tables_.empty()) std::abort();
+  }
+
+  // Tokens for a rule, where `column` is in reach; none need be.
+  template <typename Random>
+  Tokens Expand(const std::string& rule, const std::string& column, Random& random) const {
+    size_t table = random(tables_.size());
+    for (size_t i = 0; i < tables_.size(); ++i) {
+      if (std::ranges::count(tables_[i].second, column) > 0) table = i;
+    }
+    Tokens out;
+    Append(out, rule, table, 0, random);
+    return out;
+  }
+
+ private:
+  static constexpr int kDeepest = 5;
+
+  template <typename Random>
+  void Append(Tokens& out, const std::string& rule, size_t table, int depth, Random& random) const {
+    if (rule == "column")
+      return AppendAll(out, Pick(tables_[table].second, random), table, depth, random);
+    if (rule == "from" || rule == "table") {
+      return AppendAll(out, tables_[table].first, random(tables_.size()), depth, random);
+    }
+    const Tokens& alternatives = rules_.at(rule);
+    // Each query has its own tables.
+    const bool opens =
+        rule == "query" || rule == "update" || rule == "delete" || (rule == "scalar" && depth > 0);
+    const bool isTooDeep = depth > kDeepest || out.size() > 150;
+    AppendAll(out, isTooDeep ? alternatives[0] : Pick(alternatives, random),
+              opens ? random(tables_.size()) : table, depth + 1, random);
+  }
+
+  template <typename Random>
+  void AppendAll(Tokens& out, const std::string& text, size_t table, int depth,
+                 Random& random) const {
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+      if (word.size() > 2 && word.front() == '<' && word.back() == '>') {
+        Append(out, word.substr(1, word.size() - 2), table, depth, random);
+      } else {
+        out.push_back(std::move(word));
+      }
+    }
+  }
+
+  template <typename Random>
+  static const std::string& Pick(const Tokens& words, Random& random) {
+    return words[random(words.size())];
+  }
+
+  std::map<std::string, Tokens> rules_;
+  std::vector<std::pair<std::string, Tokens>> tables_;
 };
 
 template <typename List>
@@ -160,9 +238,14 @@ class Mutator {
   explicit Mutator(unsigned seed) : random_(seed) {}
 
   void Mutate(Tokens& tokens) {
-    for (size_t times = 1 + Random(3); times > 0; --times) {
-      if (tokens.empty()) tokens = {"select", "1"};
-      Step(tokens);
+    if (tokens.empty() || Random(8) == 0) tokens = Written("batch");
+    for (size_t times = 1 + Random(2); times > 0; --times) {
+      if (tokens.empty()) return;
+      if (Random(4) == 0) {
+        Break(tokens);
+      } else {
+        Vary(tokens);
+      }
     }
   }
 
@@ -206,10 +289,51 @@ class Mutator {
     return {begin, std::min(tokens.size(), begin + 1 + Random(6))};
   }
 
-  void Step(Tokens& tokens) {
+  Tokens Written(const std::string& rule, const std::string& column = {}) {
+    static const Grammar grammar;
+    const auto random = [this](size_t below) { return Random(below); };
+    return grammar.Expand(rule, column, random);
+  }
+
+  // A literal or a name, if there is one near.
+  size_t Value(const Tokens& tokens) {
+    const auto random = [this](size_t below) { return Random(below); };
+    size_t at = Random(tokens.size());
+    for (int tries = 0; tries < 5 && !Words().IsValue(tokens[at]); ++tries)
+      at = random(tokens.size());
+    return at;
+  }
+
+  // What mostly is still a batch afterwards.
+  void Vary(Tokens& tokens) {
+    const auto random = [this](size_t below) { return Random(below); };
+    const size_t at = Value(tokens);
+    switch (Random(6)) {
+      case 0:
+      case 1: {
+        const Tokens value = Written("expression", tokens[at]);
+        tokens.erase(At(tokens, at));
+        tokens.insert(At(tokens, at), value.begin(), value.end());
+        return;
+      }
+      case 2: {
+        const Tokens more = Written("statement");
+        if (tokens.size() > 200) tokens.clear();
+        tokens.insert(tokens.end(), more.begin(), more.end());
+        return;
+      }
+      case 3:
+        return Wrap(tokens, {at, at + 1});
+      default:
+        tokens[at] = Words().Like(tokens[at], random);
+        return;
+    }
+  }
+
+  void Break(Tokens& tokens) {
     const auto random = [this](size_t below) { return Random(below); };
     const size_t at = Random(tokens.size());
-    switch (Random(8)) {
+    switch (Random(6)) {
       case 0: {
         const Range part = Part(tokens);
         tokens.erase(At(tokens, part.begin), At(tokens, part.end));
@@ -222,21 +346,17 @@ class Mutator {
       case 2:
         return std::swap(tokens[at], tokens[Random(tokens.size())]);
       case 3:
-      case 4:
-      case 5:
         tokens[at] = Words().Like(tokens[at], random);
         return;
-      case 6:
+      case 4:
         tokens.insert(At(tokens, at), Words().Any(random));
         return;
       default:
-        return Wrap(tokens);
+        return Wrap(tokens, Part(tokens));
     }
   }
 
-  void Wrap(Tokens& tokens) {
-    Range part = Part(tokens);
-    if (Random(2) == 0) part = {part.begin, part.begin + 1};
+  void Wrap(Tokens& tokens, Range part) {
     const Tokens inner(At(tokens, part.begin), At(tokens, part.end));
     Tokens wrapped;
     for (std::string& token : Split(kWrappers[Random(std::size(kWrappers))])) {

@@ -298,6 +298,12 @@ class QueryBinder {
 };
 
 BoundQuery Binder::BindQuery(const Query& query, Scope* outer, bool derived) {
+  if (constants_) {
+    throw ServerFailure(1046,
+                        u"Subqueries are not allowed in this context. Only scalar expressions are "
+                        u"allowed.",
+                        query.cores[0].line);
+  }
   return QueryBinder(*this, outer).Bind(query, derived);
 }
 
