@@ -5,10 +5,12 @@
 // and results that break what their headers promise, sessions that are not as before, cached
 // batches that answer otherwise than fresh ones, and constraints that do not hold.
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -185,7 +187,11 @@ std::string ReadFile(const std::string& path) {
 // A small members' database that is the same before every run.
 class Playground {
  public:
-  Playground() : session_(u":memory:", true, {.lock = 0, .command = 0}) {
+  Playground() : session_(FromUtf8(File()), true, {.lock = 0, .command = 0}) {
+    // From here on it is this process's alone, and nothing of it need last.
+    session_.Db().Execute(
+        "PRAGMA locking_mode = EXCLUSIVE; PRAGMA journal_mode = MEMORY; PRAGMA synchronous = OFF");
+    std::filesystem::remove(File());
     const std::string root = VELLUM250_SOURCE_DIR;
     RunScript(root + "/tests/database/tsql-cases/fixture.sql");
     RunScript(root + "/fuzz/fixture.sql");
@@ -246,6 +252,10 @@ class Playground {
   static constexpr TextView kWorkTable =
       u"CREATE TABLE #work (a int NULL, b varchar(20) NULL, c datetime NULL, d decimal(9,2) NULL) "
       u"INSERT INTO #work VALUES (1, 'one', '20040229', 1.5), (2, 'two', NULL, NULL)";
+
+  static std::string File() {
+    return std::filesystem::temp_directory_path() / ("fuzz" + std::to_string(::getpid()) + ".db");
+  }
 
   sqlite3* Handle() { return session_.Db().Get(); }
 
