@@ -172,5 +172,145 @@ TEST(EmbeddedBatch, AFailureInAProcedureEndsOnlyItsStatement) {
   EXPECT_EQ(scratch.Answer(u"EXEC usp_self").substr(0, 4), "#217");
 }
 
+TEST(EmbeddedBatch, FailuresHaveTheServersNumbers) {
+  constexpr const char16_t* kProcedures[] = {
+      u"CREATE PROCEDURE usp_none AS SELECT 1",
+      u"CREATE PROCEDURE usp_two @a tinyint, @b datetime = NULL AS SELECT @a"};
+  const std::pair<const char16_t*, int32_t> cases[] = {
+      {u"INSERT INTO member VALUES (9, 'Bob', NULL, 1, NULL)", 8101},
+      {u"INSERT INTO grade VALUES ('A', 1), ('B')", 10709},
+      {u"INSERT INTO grade OUTPUT inserted.code VALUES ('A', 1)", 0},
+      {u"SET IDENTITY_INSERT nothing ON", 1088},
+      {u"SELECT @nothing", 137},
+      {u"SELECT @nothing FROM WHERE", 156},
+      {u"IF 1 = 0 SET @nothing = 1", 137},
+      {u"DECLARE @a int, @A int", 134},
+      {u"RETURN 5", 178},
+      {u"RAISERROR ('x', 16)", 102},
+      {u"RAISERROR ('x' + 'y', 16, 1)", 102},
+      {u"BEGIN TRAN a ROLLBACK TRAN b", 6401},
+      {u"SET ANSI_NULLS OFF", 0},
+      {u"SET QUOTED_IDENTIFIER OFF SELECT \"x\"", 0},
+      {u"DECLARE c CURSOR FOR SELECT 1", 0},
+      {u"THROW 50000, 'x', 1", 0},
+      {u"EXEC sp_help", 0},
+      {u"EXEC usp_none 1", 8146},
+      {u"EXEC usp_two @a = 1, 2", 119},
+      {u"EXEC usp_two @a = 1, @a = 2", 8143},
+      {u"EXEC usp_two 300", 8114},
+      {u"EXEC usp_two 1, 'never'", 8114},
+      {u"CREATE PROCEDURE p AS", 102},
+      {u"CREATE PROCEDURE p AS IF 1 = 0 SELECT nme FROM member", 207},
+      {u"CREATE PROCEDURE p AS SELECT @a", 137},
+      {u"CREATE TABLE t ()", 102},
+      {u"CREATE TABLE t (a varchar(0))", 1001},
+      {u"CREATE TABLE t (a int NULL PRIMARY KEY)", 8111},
+      {u"CREATE TABLE t (a int NULL IDENTITY)", 8147},
+      {u"CREATE TABLE t (a int CONSTRAINT uq_email UNIQUE)", 2714},
+      {u"CREATE TABLE t (a int CHECK (a > (SELECT 1)))", 1046},
+      {u"CREATE INDEX ix ON member (name) CREATE INDEX ix ON member (code)", 1913},
+      {u"DROP VIEW member", 3705},
+      {u"CREATE VIEW v (a, b) AS SELECT name FROM member", 8159},
+      {u"CREATE VIEW v (a) AS SELECT name, code FROM member", 8158},
+      {u"CREATE VIEW v AS SELECT name, name FROM member", 4506},
+      {u"CREATE VIEW v AS SELECT name FROM member ORDER BY name", 1033},
+      {u"SELECT (SELECT name FROM member ORDER BY name)", 1033},
+      {u"SELECT * FROM (SELECT 1 AS a, 2 AS a) x", 8156},
+      {u"SELECT name FROM member ORDER BY 'x'", 408},
+      {u"DECLARE @n int SELECT TOP @n name FROM member", 102},
+      {u"SELECT name FROM other.dbo.member", 0},
+      {u"SELECT * FROM syscolumns", 0},
+      {u"SELECT name COLLATE Latin1_General_BIN FROM member", 0},
+      {u"SELECT 1 FROM member HAVING count(*) > 0", 0},
+  };
+  Scratch scratch;
+  ASSERT_EQ(scratch.Answer(kTables), "");
+  for (const char16_t* procedure : kProcedures) ASSERT_EQ(scratch.Answer(procedure), "");
+  for (const auto& [sql, number] : cases) {
+    const Batch batch = scratch.Another()->Run(sql);
+    ASSERT_TRUE(batch.failure) << ToUtf8(sql);
+    EXPECT_EQ(batch.failure->NativeNumber(), number) << ToUtf8(sql) << batch.failure->what();
+  }
+}
+
+TEST(EmbeddedBatch, WhatAFailureEnds) {
+  // The first names that are there after the batch; the second batch shows them.
+  const Case cases[] = {
+      // The statement only: out of range, too many digits, a table that others refer to.
+      {u"SELECT cast('2005-02-30' AS datetime) DELETE FROM member", "(none)"},
+      {u"SELECT left('a', -1) DELETE FROM member", "(none)"},
+      {u"DROP TABLE grade DELETE FROM member", "(none)"},
+      // The batch: a letter where a number should be, a table that is there already.
+      {u"SELECT cast('x' AS int) DELETE FROM member", "Ann"},
+      {u"CREATE TABLE grade (a int) DELETE FROM member", "Ann"},
+      {u"SET XACT_ABORT ON BEGIN TRAN DELETE FROM member DELETE FROM grade WHERE 1 / 0 = 1 COMMIT",
+       "Ann"},
+      // A procedure that cannot be bound is left, and its caller goes on.
+      {u"EXEC usp_gone INSERT INTO member (name, email) VALUES ('Cid', 'c')", "Ann;Bob;Cid"},
+      {u"EXEC usp_text INSERT INTO member (name, email) VALUES ('Cid', 'c')", "Ann;Bob"},
+      {u"EXEC usp_open IF @@TRANCOUNT = 1 ROLLBACK", "Ann"},
+  };
+  for (const Case& test : cases) {
+    Scratch scratch;
+    ASSERT_EQ(scratch.Answer(kTables), "");
+    const Text bob = u" AS INSERT INTO member (name, email) VALUES ('Bob', 'b') ";
+    scratch.Answer(u"CREATE PROCEDURE usp_gone" + bob + u"SELECT * FROM gone DELETE FROM member");
+    scratch.Answer(u"CREATE PROCEDURE usp_text" + bob + u"SELECT 1 + 'x' DELETE FROM member");
+    scratch.Answer(u"CREATE PROCEDURE usp_open AS BEGIN TRAN DELETE FROM member");
+    EXPECT_EQ(scratch.Answer(test.sql).substr(0, 1), "#") << ToUtf8(test.sql);
+    EXPECT_EQ(scratch.Answer(u"SELECT name FROM member ORDER BY name"), test.answer)
+        << ToUtf8(test.sql);
+  }
+}
+
+TEST(EmbeddedBatch, CountsNamesAndTemporaryTablesAreTheServers) {
+  const Case cases[] = {
+      {u"UPDATE member SET points = 1 IF @@ROWCOUNT = 1 SELECT @@ROWCOUNT", "0"},
+      {u"SELECT 1 DECLARE @a int SET @a = 5 SELECT @@ROWCOUNT", "1 / 1"},
+      {u"BEGIN TRAN UPDATE member SET points = 1 COMMIT SELECT @@ROWCOUNT", "0"},
+      {u"DECLARE @n int = 3 SET @n += 4 UPDATE member SET points -= @n WHERE 1 = 0 SELECT @n", "7"},
+      {u"UPDATE member SET points = 4, code = DEFAULT SELECT points, code FROM member", "4|NULL"},
+      {u"BEGIN TRAN a UPDATE member SET points = 9 ROLLBACK TRAN a SELECT points FROM member", "5"},
+      {u"RAISERROR ('%s has %d', 16, 1, 'Ann', 5)", "#50000 line 1: Ann has 5"},
+      {u"SELECT points FROM member EXCEPT SELECT 4 SELECT 5 INTERSECT SELECT points FROM member",
+       "5 / 5"},
+      {u"SELECT m.name FROM grade g LEFT JOIN member m JOIN grade h ON h.code = m.code ON m.code = "
+       u"g.code",
+       "Ann"},
+      {u"SELECT 6 ^ 3, 6 & 3, 6 | 3", "5|2|7"},
+      // SELECT ... INTO takes identity and NOT NULL along, but not through a join.
+      {u"SELECT * INTO #m FROM member INSERT INTO #m (name) VALUES ('Bob') SELECT member_ref, name "
+       u"FROM #m INSERT INTO #m (name) VALUES (NULL)",
+       "1|Ann;2|Bob / #515 line 1: Cannot insert the value NULL into column 'name', table "
+       "'dbo.#m'; column does not allow nulls. INSERT fails."},
+      {u"SELECT m.member_ref INTO #m FROM member m, grade g INSERT INTO #m VALUES (7) SELECT * "
+       u"FROM "
+       u"#m",
+       "1;7"},
+      // A procedure's temporary tables go with it.
+      {u"EXEC usp_make EXEC usp_make SELECT * FROM #made",
+       "1 / 1 / #208 line 1: Invalid object name '#made'."},
+      {u"SELECT column_default, numeric_precision_radix, character_octet_length FROM "
+       u"information_schema.columns WHERE table_name = 'd' ORDER BY ordinal_position",
+       "((-1))|10|NULL;(getdate())|NULL|NULL;('x')|NULL|8"},
+      {u"IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = object_id(N'[dbo].[member]') AND "
+       u"OBJECTPROPERTY(id, N'IsUserTable') = 1) SELECT object_id('member', 'V')",
+       "NULL"},
+      {u"SELECT name FROM sys.objects WHERE object_id = object_id('usp_make') AND type IN (N'P')",
+       "usp_make"},
+  };
+  for (const Case& test : cases) {
+    Scratch scratch;
+    ASSERT_EQ(scratch.Answer(kTables), "");
+    ASSERT_EQ(scratch.Answer(u"CREATE TABLE d (a int DEFAULT ((-1)), b datetime DEFAULT getdate(), "
+                             u"c nvarchar(4) DEFAULT ('x'))"),
+              "");
+    ASSERT_EQ(scratch.Answer(u"CREATE PROCEDURE usp_make AS CREATE TABLE #made (a int) INSERT INTO "
+                             u"#made VALUES (1) SELECT a FROM #made"),
+              "");
+    EXPECT_EQ(scratch.Answer(test.sql), test.answer) << ToUtf8(test.sql);
+  }
+}
+
 }  // namespace
 }  // namespace vellum250::database

@@ -12,14 +12,18 @@ struct Typed {
   // What stands at the top of `sql`, for parentheses and collation.
   enum class Form : uint8_t { Atom, Column, Joined, Other };
   Form form = Form::Other;
-  bool isNull = false;  // the untyped NULL
-  int32_t slot = -1;    // `sql` is this parameter and nothing else
+  bool isNull = false;                 // the untyped NULL
+  int32_t slot = -1;                   // `sql` is this parameter and nothing else
+  const ColumnInfo* column = nullptr;  // of a table, as it stands
 };
 
 struct BoundColumn {
   Text name;
   TypeInfo type;
   std::string sql;
+  const ColumnInfo* column = nullptr;  // of a table
+
+  Typed Value() const;
 };
 
 // A table, view or derived table in FROM, with the columns it shows.
@@ -49,8 +53,8 @@ struct Scope {
 struct BoundQuery {
   std::string sql;
   std::vector<ResultColumn> columns;
-  std::vector<Text> variables;  // of SELECT @v = ...
-  bool singleRow = false;       // never more than one row
+  std::vector<int32_t> variables;  // of SELECT @v = ...
+  bool singleRow = false;          // never more than one row
 };
 
 class Binder {
@@ -126,6 +130,7 @@ class Binder {
   Typed BindNullIf(const Expression& expression, Scope& scope);
   Typed BindDatePart(const Expression& expression, Scope& scope);
   Typed BindObjectId(const Expression& expression, Scope& scope);
+  Typed BindObjectProperty(const Expression& expression, Scope& scope);
 
   TypedValue LiteralOf(const Expression& expression);  // pins it
   DatabaseFailure AggregateFailure(const Expression& expression, const Scope& scope) const;

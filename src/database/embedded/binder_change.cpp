@@ -24,6 +24,17 @@ const ColumnInfo& RequireColumn(const ObjectInfo& table, TextView column, int32_
 
 Text FullName(const ObjectInfo& table) { return u"dbo." + table.name; }
 
+std::string DefaultOf(Binder& binder, const ColumnInfo& column, const ObjectInfo& table) {
+  if (column.defaultText.empty()) return "NULL";
+  const Scanned scanned = Scan(column.defaultText);
+  const ExpressionPtr expression = ParseExpression(column.defaultText, scanned);
+  const auto* outer = binder.SwapViewLiterals(&scanned.literals);
+  Scope scope;
+  std::string sql = binder.Assign(binder.Bind(*expression, scope), column, FullName(table)).sql;
+  binder.SwapViewLiterals(outer);
+  return sql;
+}
+
 class InsertBinder {
  public:
   // `query` instead of rows, or nullptr.
@@ -87,6 +98,12 @@ class InsertBinder {
   // Raises when a row has another number of values than columns.
   void CheckCount(size_t values) const {
     if (values == given_.size()) return;
+    if (insert_.columns.empty() && values == table_->columns.size()) {
+      throw ServerFailure(8101, u"An explicit value for the identity column in table '" +
+                                    table_->name +
+                                    u"' can only be specified when a column list is used and "
+                                    u"IDENTITY_INSERT is ON.");
+    }
     if (insert_.columns.empty()) {
       throw ServerFailure(213,
                           u"Column name or number of supplied values does not match table "
@@ -112,6 +129,11 @@ class InsertBinder {
       sql += "(";
       std::string separator;
       if (!insert_.defaultValues) {
+        if (insert_.rows[i].size() != insert_.rows[0].size()) {
+          throw ServerFailure(10709,
+                              u"The number of columns for each row in a table value constructor "
+                              u"must be the same.");
+        }
         CheckCount(insert_.rows[i].size());
         for (size_t j = 0; j < given_.size(); ++j) {
           const Expression* value = insert_.rows[i][j].get();
@@ -159,14 +181,7 @@ class InsertBinder {
              ToUtf8(ReplaceAll(table_->name, u"'", u"''")) + "', " +
              std::to_string(column.increment) + ")";
     }
-    if (column.defaultText.empty()) return "NULL";
-    const Scanned scanned = Scan(column.defaultText);
-    const ExpressionPtr expression = ParseExpression(column.defaultText, scanned);
-    const auto* outer = binder_.SwapViewLiterals(&scanned.literals);
-    Scope scope;
-    std::string sql = Stored(binder_.Bind(*expression, scope), column);
-    binder_.SwapViewLiterals(outer);
-    return sql;
+    return DefaultOf(binder_, column, *table_);
   }
 
   Binder binder_;
@@ -225,9 +240,10 @@ Plan BindInsert(const BindInput& input, const InsertStatement& insert) {
   return InsertBinder(input, insert, insert.query.get()).Bind();
 }
 
-Plan BindInsertInto(const BindInput& input, TextView table, const Query& query) {
+Plan BindInsertInto(const BindInput& input, const CreateTableStatement& table, const Query& query) {
   InsertStatement insert;
-  insert.table = Text(table);
+  insert.table = table.table;
+  for (const ColumnDefinition& column : table.columns) insert.columns.push_back(column.name);
   return InsertBinder(input, insert, &query).Bind();
 }
 
@@ -263,11 +279,13 @@ Plan BindUpdate(const BindInput& input, const UpdateStatement& update) {
                               u"an INSERT.",
                           assignment.line);
     }
-    if (!assignment.value) throw Unsupported(u"DEFAULT in UPDATE", assignment.line);
     columns.push_back(&column);
     try {
       const std::string value =
-          binder.Assign(binder.Bind(*assignment.value, scope), column, FullName(*plan.table)).sql;
+          assignment.value
+              ? binder.Assign(binder.Bind(*assignment.value, scope), column, FullName(*plan.table))
+                    .sql
+              : DefaultOf(binder, column, *plan.table);
       const std::string name = "v" + std::to_string(columns.size());
       if (!set.empty()) set += ", ";
       set += QuotedName(column.name) + " = " + (update.from.empty() ? value : "s." + name);

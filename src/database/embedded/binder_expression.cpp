@@ -122,15 +122,10 @@ Typed Binder::BindLiteral(const TypedValue& literal, int32_t index) {
 }
 
 Typed Binder::BindVariable(const Expression& expression) {
-  for (size_t i = 0; i < input_.variables.size(); ++i) {
-    if (!EqualsIgnoreAsciiCase(input_.variables[i].name, expression.name)) continue;
-    Slot slot;
-    slot.kind = Slot::Kind::Variable;
-    slot.index = static_cast<int32_t>(i);
-    return SlotValue(std::move(slot), input_.variables[i].type);
-  }
-  throw ServerFailure(137, u"Must declare the scalar variable \"" + expression.name + u"\".",
-                      expression.line);
+  Slot slot;
+  slot.kind = Slot::Kind::Variable;
+  slot.index = expression.index;
+  return SlotValue(std::move(slot), input_.variables[static_cast<size_t>(slot.index)].type);
 }
 
 Typed Binder::BindSystemVariable(const Expression& expression) {
@@ -151,6 +146,15 @@ Typed Binder::BindSystemVariable(const Expression& expression) {
     return SlotValue(std::move(slot), entry.type);
   }
   throw Unsupported(expression.name, expression.line);
+}
+
+Typed BoundColumn::Value() const {
+  Typed value;
+  value.sql = sql;
+  value.type = type;
+  value.form = Typed::Form::Column;
+  value.column = column;
+  return value;
 }
 
 const BoundColumn* Binder::FindColumn(const Expression& expression, Scope& scope,
@@ -187,11 +191,7 @@ Typed Binder::BindColumn(const Expression& expression, Scope& scope) {
                      at->grouping->failure),
           expression.line);
     }
-    Typed value;
-    value.sql = column->sql;
-    value.type = column->type;
-    value.form = Typed::Form::Column;
-    return value;
+    return column->Value();
   }
   if (!expression.qualifier.empty() && !qualifierKnown) {
     throw ServerFailure(4104,
@@ -225,6 +225,7 @@ Typed Binder::Convert(Typed value, TypeInfo to) {
   value.type = to;
   value.form = Typed::Form::Atom;
   value.slot = -1;
+  value.column = nullptr;
   return value;
 }
 
@@ -356,9 +357,12 @@ Typed Binder::BindBinary(const Expression& e, Scope& scope) {
         ClassOf(right.type.type) != TypeClass::Whole) {
       throw Unsupported(u"a bit operation on this type", e.line);
     }
-    if (e.operation == Operation::BitXor) throw Unsupported(u"^", e.line);
     value.type = CommonType(left.type, right.type);
-    value.sql = Operand(left) + (e.operation == Operation::BitAnd ? " & " : " | ") + Operand(right);
+    const std::string both = Operand(left) + " & " + Operand(right);
+    const std::string either = Operand(left) + " | " + Operand(right);
+    value.sql = e.operation == Operation::BitAnd  ? both
+                : e.operation == Operation::BitOr ? either
+                                                  : "(" + either + ") & ~(" + both + ")";
     return value;
   }
   const Entry& entry = kEntries[static_cast<size_t>(e.operation)];
@@ -405,6 +409,7 @@ Typed Binder::BindCast(const Expression& e, Scope& scope) {
     return value;
   }
   CheckExplicit(value.type, e.type);
+  value.column = nullptr;
   if (e.arguments.size() == 1 && IsSameValue(value.type, e.type)) {
     value.type = e.type;
     return value;
@@ -479,7 +484,9 @@ bool Binder::Same(const Expression& a, const Expression& b) {
     return false;
   }
   if (a.kind == ExpressionKind::Literal) return LiteralOf(a).value == LiteralOf(b).value;
-  if (a.kind == ExpressionKind::Marker) return a.index == b.index;
+  if (a.kind == ExpressionKind::Marker || a.kind == ExpressionKind::Variable) {
+    return a.index == b.index;
+  }
   for (size_t i = 0; i < a.arguments.size(); ++i) {
     if (!Same(*a.arguments[i], *b.arguments[i])) return false;
   }

@@ -1,4 +1,7 @@
 // FROM: tables, views, derived tables and joins.
+#include <algorithm>
+
+#include "automation/locale.h"
 #include "database/embedded/binder.h"
 #include "database/embedded/failures.h"
 #include "database/embedded/messages.h"
@@ -10,6 +13,16 @@ namespace {
 constexpr int32_t kMaxViewDepth = 16;
 
 }  // namespace
+
+void CheckColumnList(const std::vector<Text>& names, size_t columns, TextView object,
+                     int32_t line) {
+  if (names.empty() || names.size() == columns) return;
+  const bool few = names.size() < columns;
+  throw ServerFailure(few ? 8158 : 8159,
+                      u"'" + Text(object) + u"' has " + (few ? u"more" : u"fewer") +
+                          u" columns than were specified in the column list.",
+                      line);
+}
 
 ObjectPtr Binder::FindTable(TextView name, int32_t line) const {
   ObjectPtr object = input_.catalog.Find(name);
@@ -24,7 +37,7 @@ BoundSource Binder::TableSource(const ObjectPtr& table, TextView alias) {
   source.table = table;
   for (const ColumnInfo& column : table->columns) {
     source.columns.push_back(
-        {column.name, column.type, source.sqlAlias + "." + QuotedName(column.name)});
+        {column.name, column.type, source.sqlAlias + "." + QuotedName(column.name), &column});
   }
   return source;
 }
@@ -65,9 +78,14 @@ class FromBinder {
     if (source.query)
       return Derived(source, *source.query, source.columnNames, source.alias, &scope_);
     ObjectPtr table = binder_.Input().catalog.FindSystemView(source.schema, source.name);
-    const bool known = source.schema.empty() || EqualsIgnoreAsciiCase(source.schema, u"dbo") ||
-                       EqualsIgnoreAsciiCase(source.schema, u"tempdb");
-    if (!table && !known) {
+    const Text schema = ToLower(source.schema);
+    const bool ordinary = schema.empty() || schema == u"dbo" || schema == u"tempdb";
+    if (!table && (schema == u"information_schema" || schema == u"sys" ||
+                   (ordinary && !binder_.Input().catalog.Find(source.name) &&
+                    ToLower(source.name).starts_with(u"sys")))) {
+      throw Unsupported(u"the server's table " + source.name, source.line);
+    }
+    if (!table && !ordinary) {
       throw AtLine(InvalidObject(source.schema + u"." + source.name), source.line);
     }
     if (!table) table = binder_.FindTable(source.name, source.line);
@@ -108,13 +126,7 @@ class FromBinder {
     // A derived table does not see its neighbours, only what is outside of the whole query.
     BoundQuery bound = binder_.BindQuery(query, outer ? outer->outer : nullptr, true);
     if (!bound.variables.empty()) throw Unsupported(u"a variable set by a sub-query", source.line);
-    if (!names.empty() && names.size() != bound.columns.size()) {
-      throw ServerFailure(8159,
-                          u"'" + Text(alias) +
-                              u"' has a different number of columns than were "
-                              u"specified in the column list.",
-                          source.line);
-    }
+    CheckColumnList(names, bound.columns.size(), alias, source.line);
     BoundSource result;
     result.alias = Text(alias);
     result.sqlAlias = "t" + std::to_string(++aliases_);
@@ -125,6 +137,14 @@ class FromBinder {
                             u"No column name was specified for column " + NumberText(i + 1) +
                                 u" of '" + Text(alias) + u"'.",
                             source.line);
+      }
+      if (std::ranges::any_of(result.columns, [&](const BoundColumn& column) {
+            return EqualsIgnoreAsciiCase(column.name, name);
+          })) {
+        throw ServerFailure(
+            8156,
+            u"The column '" + name + u"' was specified multiple times for '" + Text(alias) + u"'.",
+            source.line);
       }
       result.columns.push_back(
           {name, bound.columns[i].type, result.sqlAlias + ".c" + std::to_string(i + 1)});

@@ -163,12 +163,19 @@ bool HasAggregate(const Expression& e) {
 Typed Binder::BindCall(const Expression& e, Scope& scope) {
   using Member = Typed (Binder::*)(const Expression&, Scope&);
   static constexpr std::pair<TextView, Member> kOwn[] = {
-      {u"isnull", &Binder::BindIsNull},      {u"coalesce", &Binder::BindCoalesce},
-      {u"nullif", &Binder::BindNullIf},      {u"dateadd", &Binder::BindDatePart},
-      {u"datediff", &Binder::BindDatePart},  {u"datepart", &Binder::BindDatePart},
-      {u"datename", &Binder::BindDatePart},  {u"day", &Binder::BindDatePart},
-      {u"month", &Binder::BindDatePart},     {u"year", &Binder::BindDatePart},
-      {u"object_id", &Binder::BindObjectId}, {u"ident_current", &Binder::BindObjectId}};
+      {u"isnull", &Binder::BindIsNull},
+      {u"coalesce", &Binder::BindCoalesce},
+      {u"nullif", &Binder::BindNullIf},
+      {u"dateadd", &Binder::BindDatePart},
+      {u"datediff", &Binder::BindDatePart},
+      {u"datepart", &Binder::BindDatePart},
+      {u"datename", &Binder::BindDatePart},
+      {u"day", &Binder::BindDatePart},
+      {u"month", &Binder::BindDatePart},
+      {u"year", &Binder::BindDatePart},
+      {u"object_id", &Binder::BindObjectId},
+      {u"ident_current", &Binder::BindObjectId},
+      {u"objectproperty", &Binder::BindObjectProperty}};
   struct SystemFunction {
     TextView name;
     SystemValue value;
@@ -378,6 +385,25 @@ Typed Binder::BindDatePart(const Expression& e, Scope& scope) {
   return Called(sql + ")", name == u"datename" ? NVarChar(30) : kInt);
 }
 
+// 1 or 0 for what an object is, NULL when there is none.
+Typed Binder::BindObjectProperty(const Expression& e, Scope& scope) {
+  static constexpr std::pair<TextView, const char*> kProperties[] = {
+      {u"IsUserTable", "0"}, {u"IsTable", "0"}, {u"IsView", "1"}, {u"IsProcedure", "2"}};
+  if (e.arguments.size() != 2) throw WrongArguments(e, 2);
+  const Typed id = Convert(Bind(*e.arguments[0], scope), kInt);
+  if (e.arguments[1]->kind == ExpressionKind::Literal) {
+    const TypedValue literal = LiteralOf(*e.arguments[1]);
+    const auto* text = std::get_if<std::string>(&literal.value);
+    for (const auto& [property, kind] : kProperties) {
+      if (!text || !EqualsIgnoreAsciiCase(FromUtf8(*text), property)) continue;
+      return Called(std::string("(SELECT kind = ") + kind +
+                        " FROM main.vellum250_object WHERE id = " + id.sql + ")",
+                    kInt);
+    }
+  }
+  throw Unsupported(u"OBJECTPROPERTY of this kind", e.line);
+}
+
 // Known before the statement runs: the name is a constant.
 Typed Binder::BindObjectId(const Expression& e, Scope&) {
   const bool identity = EqualsIgnoreAsciiCase(e.name, u"ident_current");
@@ -390,8 +416,17 @@ Typed Binder::BindObjectId(const Expression& e, Scope&) {
   Text name = text ? FromUtf8(*text) : Text();
   std::erase_if(name, [](char16_t c) { return c == u'[' || c == u']'; });
   name.erase(0, name.rfind(u'.') + 1);
-  const ObjectPtr object = input_.catalog.Find(name);
+  ObjectPtr object = input_.catalog.Find(name);
   if (!identity) {
+    if (object && e.arguments.size() == 2) {
+      const TypedValue kind = LiteralOf(*e.arguments[1]);
+      static constexpr TextView kKinds[] = {u"U", u"V", u"P"};
+      const auto* wanted = std::get_if<std::string>(&kind.value);
+      if (!wanted ||
+          !EqualsIgnoreAsciiCase(FromUtf8(*wanted), kKinds[static_cast<size_t>(object->kind)])) {
+        object = nullptr;
+      }
+    }
     Slot slot;
     slot.kind = Slot::Kind::Constant;
     if (object) slot.constant = object->id;

@@ -14,7 +14,7 @@ struct BoundCore {
   bool distinct = false;
   std::vector<Typed> items;
   std::vector<Text> names;
-  std::vector<Text> variables;
+  std::vector<int32_t> variables;
   std::string from;
   std::string where;
   std::string groupBy;
@@ -67,7 +67,8 @@ class QueryBinder {
       bound.sql += " ORDER BY " + UnionOrder(query.orderBy, cores[0]);
     }
     for (size_t i = 0; i < cores[0].items.size(); ++i) {
-      bound.columns.push_back({cores[0].names[i], cores[0].items[i].type});
+      const Typed& item = cores[0].items[i];
+      bound.columns.push_back({cores[0].names[i], item.type, item.column});
     }
     bound.variables = std::move(cores[0].variables);
     bound.singleRow = cores.size() == 1 && cores[0].singleRow;
@@ -93,6 +94,9 @@ class QueryBinder {
     }
     if (grouped) scope.grouping->failure = 8121;
     if (core.having) bound.having = binder_.Condition(*core.having, scope);
+    if (core.having && core.groupBy.empty() && !HasAggregateItem(core)) {
+      throw Unsupported(u"HAVING without GROUP BY or an aggregate selected", core.line);
+    }
     bool one = grouped && core.groupBy.empty();
     if (core.top) {
       bound.limit = Top(*core.top, scope);
@@ -104,13 +108,15 @@ class QueryBinder {
     return bound;
   }
 
+  static bool HasAggregateItem(const SelectCore& core) {
+    return std::ranges::any_of(
+        core.items, [](const SelectItem& item) { return item.value && HasAggregate(*item.value); });
+  }
+
   // True when the rows are grouped, by GROUP BY or by an aggregate alone.
   bool BindGrouping(const SelectCore& core, const std::vector<OrderItem>* orderBy, Scope& scope,
                     BoundCore& bound) {
-    bool grouped = !core.groupBy.empty() || core.having;
-    for (const SelectItem& item : core.items) {
-      grouped = grouped || (item.value && HasAggregate(*item.value));
-    }
+    bool grouped = !core.groupBy.empty() || core.having || HasAggregateItem(core);
     if (orderBy) {
       for (const OrderItem& item : *orderBy) grouped = grouped || HasAggregate(*item.value);
     }
@@ -150,7 +156,7 @@ class QueryBinder {
     }
     bound.items.push_back(std::move(value));
     bound.names.push_back(std::move(name));
-    if (!item.variable.empty()) bound.variables.push_back(item.variable);
+    if (item.variable != kNoVariable) bound.variables.push_back(item.variable);
   }
 
   // A column is named as its table has it.
@@ -171,11 +177,7 @@ class QueryBinder {
         if (scope.grouping && std::ranges::count(scope.grouping->columns, &column) == 0) {
           throw NotGrouped(source.alias + u"." + column.name, scope.grouping->failure);
         }
-        Typed value;
-        value.sql = column.sql;
-        value.type = column.type;
-        value.form = Typed::Form::Column;
-        bound.items.push_back(std::move(value));
+        bound.items.push_back(column.Value());
         bound.names.push_back(column.name);
       }
     }
@@ -190,7 +192,7 @@ class QueryBinder {
 
   std::string Top(const Expression& top, Scope& scope) {
     Typed value = binder_.Bind(top, scope);
-    if (ClassOf(value.type.type) != TypeClass::Whole) {
+    if (value.isNull || ClassOf(value.type.type) != TypeClass::Whole) {
       throw ServerFailure(1060,
                           u"The number of rows provided for a TOP or FETCH clauses row count "
                           u"parameter must be an integer.",
@@ -208,8 +210,11 @@ class QueryBinder {
     if (value.kind == ExpressionKind::Literal) {
       const TypedValue literal = binder_.LiteralOf(value);
       const auto* position = std::get_if<int64_t>(&literal.value);
-      if (position == nullptr || literal.type.type != SqlType::Int || *position < 1 ||
-          *position > static_cast<int64_t>(bound.items.size())) {
+      if (position == nullptr || literal.type.type != SqlType::Int) {
+        throw ServerFailure(408, u"A constant expression was encountered in the ORDER BY list.",
+                            value.line);
+      }
+      if (*position < 1 || *position > static_cast<int64_t>(bound.items.size())) {
         throw ServerFailure(108,
                             u"The ORDER BY position number is out of range of the number of items "
                             u"in the select list.",
@@ -309,8 +314,8 @@ BoundQuery Binder::BindQuery(const Query& query, Scope* outer, bool derived) {
 
 namespace {
 
-bool ReadsVariable(const Expression& e, TextView variable) {
-  if (e.kind == ExpressionKind::Variable && EqualsIgnoreAsciiCase(e.name, variable)) return true;
+bool ReadsVariable(const Expression& e, int32_t variable) {
+  if (e.kind == ExpressionKind::Variable && e.index == variable) return true;
   return std::ranges::any_of(e.arguments, [&](const ExpressionPtr& argument) {
     return ReadsVariable(*argument, variable);
   });
@@ -348,16 +353,9 @@ Plan BindSelect(const BindInput& input, const Query& query) {
   plan.kind = Plan::Kind::Assign;
   RefuseReadingWhatARowSets(query.cores[0]);
   for (size_t i = 0; i < bound.variables.size(); ++i) {
-    const auto variable = std::ranges::find_if(input.variables, [&](const VariableInfo& info) {
-      return EqualsIgnoreAsciiCase(info.name, bound.variables[i]);
-    });
-    if (variable == input.variables.end()) {
-      throw ServerFailure(137, u"Must declare the scalar variable \"" + bound.variables[i] + u"\".",
-                          query.cores[0].line);
-    }
-    CheckImplicit(bound.columns[i].type, variable->type);
-    plan.targets.push_back({static_cast<int32_t>(variable - input.variables.begin()),
-                            bound.columns[i].type, variable->type});
+    const int32_t variable = bound.variables[i];
+    CheckImplicit(bound.columns[i].type, input.variables[static_cast<size_t>(variable)].type);
+    plan.targets.push_back({variable, bound.columns[i].type});
   }
   for (const Slot& slot : plan.slots) {
     if (slot.kind != Slot::Kind::Variable) continue;
@@ -368,19 +366,33 @@ Plan BindSelect(const BindInput& input, const Query& query) {
   return plan;
 }
 
-std::vector<ResultColumn> BindSelectInto(const BindInput& input, const Query& query) {
+CreateTableStatement BindSelectInto(const BindInput& input, const Query& query) {
   Binder binder(input);
   binder.AllowMakingTable();
-  BoundQuery bound = binder.BindQuery(query, nullptr, false);
-  for (ResultColumn& column : bound.columns) {
+  const BoundQuery bound = binder.BindQuery(query, nullptr, false);
+  const SelectCore& core = query.cores[0];
+  // Only the columns of a single table bring more than their types with them.
+  const bool single = query.cores.size() == 1 && core.from.size() == 1 && !core.from[0]->left;
+  CreateTableStatement table;
+  table.table = core.into;
+  for (const ResultColumn& column : bound.columns) {
     if (column.name.empty()) {
-      throw ServerFailure(1038, u"An object or column name is missing or empty.",
-                          query.cores[0].line);
+      throw ServerFailure(1038, u"An object or column name is missing or empty.", core.line);
     }
+    ColumnDefinition& definition = table.columns.emplace_back();
+    definition.name = column.name;
+    definition.type = column.type;
     // A whole number's digits say nothing about a column.
-    if (column.type.type != SqlType::Decimal) column.type.precision = 0;
+    if (column.type.type != SqlType::Decimal) definition.type.precision = 0;
+    if (!single || column.column == nullptr) continue;
+    const ColumnInfo& origin = *column.column;
+    definition.nullable = origin.nullable;
+    definition.identity = origin.identity && core.groupBy.empty() &&
+                          std::ranges::count(bound.columns, &origin, &ResultColumn::column) == 1;
+    definition.seed = origin.seed;
+    definition.increment = origin.increment;
   }
-  return std::move(bound.columns);
+  return table;
 }
 
 Plan BindValue(const BindInput& input, const Expression& value, std::optional<TypeInfo> type) {

@@ -49,16 +49,46 @@ Value TextOrNull(TextView text) { return text.empty() ? Value() : Value(ToUtf8(t
 struct SystemView {
   TextView schema;
   TextView name;
-  const char* sqlName;
+  const char* rows;  // of SQLite, as a table
   std::vector<std::pair<TextView, TypeInfo>> columns;
 };
 
+constexpr const char* kColumnRows =
+    "(SELECT 'vellum250' COLLATE TSQL AS TABLE_CATALOG, 'dbo' COLLATE TSQL AS TABLE_SCHEMA,"
+    " o.name AS TABLE_NAME, c.name AS COLUMN_NAME, c.position AS ORDINAL_POSITION,"
+    " c.default_text COLLATE TSQL AS COLUMN_DEFAULT,"
+    " CASE c.nullable WHEN 0 THEN 'NO' ELSE 'YES' END COLLATE TSQL AS IS_NULLABLE,"
+    " c.data_type AS DATA_TYPE, c.characters AS CHARACTER_MAXIMUM_LENGTH,"
+    " CASE WHEN c.data_type LIKE 'n%' AND c.characters > 0 THEN min(c.characters * 2, 2147483646)"
+    " ELSE c.characters END AS CHARACTER_OCTET_LENGTH,"
+    " CASE c.data_type WHEN 'real' THEN 24 ELSE c.digits END AS NUMERIC_PRECISION,"
+    " CASE WHEN c.data_type IN ('float', 'real') THEN 2 WHEN c.digits > 0 THEN 10 END"
+    " AS NUMERIC_PRECISION_RADIX,"
+    " CASE WHEN c.data_type NOT IN ('float', 'real') THEN c.scale END AS NUMERIC_SCALE,"
+    " CASE c.data_type WHEN 'datetime' THEN 3 WHEN 'smalldatetime' THEN 0 WHEN 'date' THEN 0 END"
+    " AS DATETIME_PRECISION"
+    " FROM main.vellum250_object o JOIN main.vellum250_column c ON c.object_id = o.id)";
+constexpr const char* kTableRows =
+    "(SELECT 'vellum250' COLLATE TSQL AS TABLE_CATALOG, 'dbo' COLLATE TSQL AS TABLE_SCHEMA,"
+    " name AS TABLE_NAME,"
+    " CASE kind WHEN 0 THEN 'BASE TABLE' ELSE 'VIEW' END COLLATE TSQL AS TABLE_TYPE"
+    " FROM main.vellum250_object WHERE kind IN (0, 1))";
+constexpr const char* kObjectRows =
+    "(SELECT name, id, id AS object_id, substr('U V P ', kind * 2 + 1, 2) COLLATE TSQL AS xtype,"
+    " substr('U V P ', kind * 2 + 1, 2) COLLATE TSQL AS type FROM main.vellum250_object)";
+constexpr const char* kObjectTables =
+    "(SELECT name, id AS object_id, 'U ' COLLATE TSQL AS type FROM main.vellum250_object"
+    " WHERE kind = 0)";
+
 const std::vector<SystemView>& SystemViews() {
   static const TypeInfo name = NVarChar(128);
+  static const TypeInfo tiny{SqlType::TinyInt, 0, 0, 0};
+  static const TypeInfo small{SqlType::SmallInt, 0, 0, 0};
+  static const TypeInfo kind{SqlType::Char, 2, 0, 0};
   static const std::vector<SystemView> views = {
       {u"information_schema",
        u"columns",
-       "\"vellum250_columns\"",
+       kColumnRows,
        {{u"TABLE_CATALOG", name},
         {u"TABLE_SCHEMA", name},
         {u"TABLE_NAME", name},
@@ -68,22 +98,24 @@ const std::vector<SystemView>& SystemViews() {
         {u"IS_NULLABLE", VarChar(3)},
         {u"DATA_TYPE", name},
         {u"CHARACTER_MAXIMUM_LENGTH", kInt},
-        {u"NUMERIC_PRECISION", TypeInfo{SqlType::TinyInt, 0, 0, 0}},
-        {u"NUMERIC_SCALE", kInt}}},
+        {u"CHARACTER_OCTET_LENGTH", kInt},
+        {u"NUMERIC_PRECISION", tiny},
+        {u"NUMERIC_PRECISION_RADIX", small},
+        {u"NUMERIC_SCALE", kInt},
+        {u"DATETIME_PRECISION", small}}},
       {u"information_schema",
        u"tables",
-       "\"vellum250_tables\"",
+       kTableRows,
        {{u"TABLE_CATALOG", name},
         {u"TABLE_SCHEMA", name},
         {u"TABLE_NAME", name},
         {u"TABLE_TYPE", VarChar(10)}}},
       {u"",
        u"sysobjects",
-       "\"vellum250_sysobjects\"",
-       {{u"name", name},
-        {u"id", kInt},
-        {u"xtype", TypeInfo{SqlType::Char, 2, 0, 0}},
-        {u"type", TypeInfo{SqlType::Char, 2, 0, 0}}}}};
+       kObjectRows,
+       {{u"name", name}, {u"id", kInt}, {u"xtype", kind}, {u"type", kind}}},
+      {u"sys", u"objects", kObjectRows, {{u"name", name}, {u"object_id", kInt}, {u"type", kind}}},
+      {u"sys", u"tables", kObjectTables, {{u"name", name}, {u"object_id", kInt}, {u"type", kind}}}};
   return views;
 }
 
@@ -142,6 +174,7 @@ void Catalog::Reload() {
   ++generation_;
   loadedVersion_ = -1;  // until everything is read
   objects_.clear();
+  lastTemporary_ = 0;
   hasTemporary_ =
       database_.Integer(
           "SELECT count(*) FROM temp.sqlite_schema WHERE name = 'vellum250_object'") != 0;
@@ -166,23 +199,6 @@ void Catalog::CreateTables(const std::string& schema) {
       create +
       "vellum250_constraint (object_id INTEGER NOT NULL, name TEXT COLLATE TSQL NOT NULL UNIQUE,"
       " kind INTEGER NOT NULL, columns TEXT, parent TEXT, parent_columns TEXT)");
-  if (schema != "main") return;
-  database_.Execute(
-      "CREATE VIEW vellum250_columns AS SELECT 'vellum250' COLLATE TSQL AS TABLE_CATALOG,"
-      " 'dbo' COLLATE TSQL AS TABLE_SCHEMA, o.name AS TABLE_NAME, c.name AS COLUMN_NAME,"
-      " c.position AS ORDINAL_POSITION, c.default_text COLLATE TSQL AS COLUMN_DEFAULT,"
-      " CASE c.nullable WHEN 0 THEN 'NO' ELSE 'YES' END COLLATE TSQL AS IS_NULLABLE,"
-      " c.data_type AS DATA_TYPE, c.characters AS CHARACTER_MAXIMUM_LENGTH,"
-      " c.digits AS NUMERIC_PRECISION, c.scale AS NUMERIC_SCALE"
-      " FROM vellum250_object o JOIN vellum250_column c ON c.object_id = o.id;"
-      "CREATE VIEW vellum250_tables AS SELECT 'vellum250' COLLATE TSQL AS TABLE_CATALOG,"
-      " 'dbo' COLLATE TSQL AS TABLE_SCHEMA, name AS TABLE_NAME,"
-      " CASE kind WHEN 0 THEN 'BASE TABLE' ELSE 'VIEW' END COLLATE TSQL AS TABLE_TYPE"
-      " FROM vellum250_object WHERE kind IN (0, 1);"
-      "CREATE VIEW vellum250_sysobjects AS SELECT name, id,"
-      " CASE kind WHEN 0 THEN 'U ' WHEN 1 THEN 'V ' ELSE 'P ' END COLLATE TSQL AS xtype,"
-      " CASE kind WHEN 0 THEN 'U ' WHEN 1 THEN 'V ' ELSE 'P ' END COLLATE TSQL AS type"
-      " FROM vellum250_object");
 }
 
 void Catalog::Load(const std::string& schema) {
@@ -197,6 +213,7 @@ void Catalog::Load(const std::string& schema) {
     object.kind = static_cast<ObjectKind>(rows.Column(2).Integer());
     object.definition = TextColumn(rows, 3);
     object.temporary = temporary;
+    if (temporary) lastTemporary_ = std::max(lastTemporary_, object.id);
     object.sqlName = schema + QuotedName(object.name);
   }
   rows = database_.Prepare(
@@ -244,7 +261,7 @@ ObjectPtr Catalog::FindSystemView(TextView schema, TextView name) const {
     if (!anySchema && !EqualsIgnoreAsciiCase(view.schema, schema)) continue;
     auto object = std::make_shared<ObjectInfo>();
     object->name = Text(view.name);
-    object->sqlName = view.sqlName;
+    object->sqlName = view.rows;
     for (const auto& [column, type] : view.columns) {
       ColumnInfo& info = object->columns.emplace_back();
       info.name = Text(column);

@@ -76,6 +76,8 @@ class Catalog {
   // Makes the tables of the temporary catalogue; once.
   void PrepareTemporary();
   void DropTemporary();
+  // The id of the temporary table made last, of those there are; 0 without any.
+  int64_t LastTemporary() const { return lastTemporary_; }
 
  private:
   int64_t Version();
@@ -88,6 +90,7 @@ class Catalog {
   int64_t loadedVersion_ = -1;
   uint64_t generation_ = 0;
   bool hasTemporary_ = false;
+  int64_t lastTemporary_ = 0;
   std::map<Text, ObjectPtr> objects_;  // by name in lower case
 };
 

@@ -1,13 +1,7 @@
 #include "database/embedded/failures.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace vellum250::database::embedded {
 namespace {
-
-// The automation layer's "cannot convert" (DB_E_CANTCONVERTVALUE as SQL Server's provider uses it).
-constexpr int32_t kConversionFailure = static_cast<int32_t>(0x80040E07);
 
 int32_t ClassOf(int32_t message) {
   switch (message) {
@@ -62,10 +56,29 @@ DatabaseFailure AtLine(const DatabaseFailure& failure, int32_t line) {
                          failure.NativeNumber(), line);
 }
 
-bool EndsStatementOnly(int32_t message) {
-  static constexpr int32_t kMessages[] = {201,  220,  512,  515,  544,  547,  2601, 2627, 2628,
-                                          2812, 3701, 3902, 3903, 8115, 8134, 8144, 8145, 50000};
-  return std::binary_search(std::begin(kMessages), std::end(kMessages), message);
+Ends EffectOf(int32_t message) {
+  switch (message) {
+    case 241:
+    case 245:
+    case 295:
+    case 8114:
+    case 8169:
+      return Ends::Transaction;
+    case 0:
+    case 191:
+    case 217:
+    case 1767:
+    case 1776:
+    case 2705:
+    case 2714:
+    case 2744:
+    case 8110:
+    case 8111:
+    case 8147:
+      return Ends::Batch;
+    default:
+      return Ends::Statement;
+  }
 }
 
 }  // namespace vellum250::database::embedded

@@ -1,5 +1,6 @@
 #include "database/embedded/parser.h"
 
+#include "automation/locale.h"
 #include "database/embedded/messages.h"
 #include "database/embedded/parser_class.h"
 
@@ -11,6 +12,14 @@ SyntaxTree ParseBatch(TextView batch, const Scanned& scanned) {
 
 ExpressionPtr ParseExpression(TextView text, const Scanned& scanned) {
   return Parser(text, scanned).ParseWholeExpression();
+}
+
+void RefuseQuotedTexts(TextView batch, const Scanned& scanned) {
+  for (const Token& token : scanned.tokens) {
+    if (token.kind == TokenKind::QuotedName && batch[token.offset] == u'"') {
+      throw Unsupported(u"a text in double quotes", token.line);
+    }
+  }
 }
 
 const Token& Parser::Ahead(size_t count) const {
@@ -80,11 +89,39 @@ Text Parser::TakeVariable() {
   return Text(TextOf(scanned_.tokens[at_++]));
 }
 
+int32_t Parser::TakeDeclared() {
+  const int32_t line = Current().line;
+  const Text name = TakeVariable();
+  const auto found = std::ranges::find_if(variables_, [&](const VariableInfo& variable) {
+    return EqualsIgnoreAsciiCase(variable.name, name);
+  });
+  if (found == variables_.end() && !undeclared_) {
+    undeclared_ = ServerFailure(137, u"Must declare the scalar variable \"" + name + u"\".", line);
+  }
+  return static_cast<int32_t>(found - variables_.begin());
+}
+
+void Parser::Declare(Text name, TypeInfo type, int32_t line) {
+  for (const VariableInfo& variable : variables_) {
+    if (EqualsIgnoreAsciiCase(variable.name, name)) {
+      throw ServerFailure(134,
+                          u"The variable name '" + name +
+                              u"' has already been declared. Variable names must be unique within "
+                              u"a query batch or stored procedure.",
+                          line);
+    }
+  }
+  variables_.push_back({std::move(name), type});
+}
+
 Parser::ObjectName Parser::TakeObjectName() {
   ObjectName result;
   result.name = TakeName();
   for (int parts = 1; At(u"."); ++parts) {
     if (parts == 3) throw Refused(u"a name of four parts");
+    const bool isDatabase = parts == 2 || Matches(Ahead(1), u".");
+    if (isDatabase && !EqualsIgnoreAsciiCase(parts == 2 ? result.schema : result.name, u"tempdb"))
+      throw Refused(u"another database");
     result.schema = std::exchange(result.name, {});
     ++at_;
     if (At(u".")) continue;  // tempdb..#t
@@ -157,6 +194,7 @@ Text Parser::TextBetween(size_t firstToken, size_t endToken) const {
 ExpressionPtr Parser::ParseWholeExpression() {
   ExpressionPtr expression = ParseCondition();
   if (Current().kind != TokenKind::End) throw SyntaxError();
+  if (undeclared_) throw *undeclared_;
   return expression;
 }
 
@@ -166,6 +204,8 @@ SyntaxTree Parser::ParseBatch() {
   }
   // A procedure may be called by its bare name where the batch begins.
   if (AtName()) {
+    RefuseByName();
+    if (Matches(Ahead(1), u":")) throw Refused(u"a label");
     auto statement = std::make_unique<Statement>();
     statement->line = Current().line;
     statement->index = statementCount_++;
@@ -179,7 +219,8 @@ SyntaxTree Parser::ParseBatch() {
     while (Take(u";")) {
     }
   }
-  tree.statementCount = statementCount_;
+  if (undeclared_) throw *undeclared_;
+  tree.variables = std::move(variables_);
   tree.pinned = std::move(pinned_);
   tree.definesObjects = definesObjects_;
   return tree;
@@ -194,11 +235,18 @@ StatementPtr Parser::ParseStatement() {
   return statement;
 }
 
+void Parser::RefuseByName() const {
+  static constexpr TextView kRefused[] = {
+      u"while",    u"goto",  u"waitfor",    u"use",     u"grant",  u"revoke", u"deny",
+      u"truncate", u"merge", u"open",       u"fetch",   u"close",  u"alter",  u"with",
+      u"throw",    u"break", u"deallocate", u"save",    u"backup", u"dbcc",   u"restore",
+      u"bulk",     u"kill",  u"checkpoint", u"continue"};
+  for (TextView word : kRefused) {
+    if (At(word)) throw Refused(ToUpper(word));
+  }
+}
+
 void Parser::ParseStatementInto(Statement& statement) {
-  static constexpr TextView kRefused[] = {u"while", u"cursor", u"goto",  u"waitfor",    u"use",
-                                          u"grant", u"revoke", u"deny",  u"truncate",   u"merge",
-                                          u"open",  u"fetch",  u"close", u"deallocate", u"alter",
-                                          u"with",  u"throw",  u"break", u"continue",   u"save"};
   if (At(u"select")) {
     statement.node = SelectStatement{ParseQuery()};
   } else if (Take(u"insert")) {
@@ -215,27 +263,23 @@ void Parser::ParseStatementInto(Statement& statement) {
     statement.node = ParseIf();
   } else if (Take(u"begin")) {
     ParseBegin(statement);
-  } else if (At(u"commit") || At(u"rollback")) {
-    const bool commit = At(u"commit");
-    ++at_;
-    if (!Take(u"transaction") && !Take(u"tran")) Take(u"work");
-    if (AtName() && !AtStatementEnd()) throw Refused(u"a named transaction");
-    statement.node =
-        TransactionStatement{commit ? TransactionVerb::Commit : TransactionVerb::Rollback};
+  } else if (Take(u"commit")) {
+    statement.node = ParseTransaction(TransactionVerb::Commit);
+  } else if (Take(u"rollback")) {
+    statement.node = ParseTransaction(TransactionVerb::Rollback);
   } else if (Take(u"exec") || Take(u"execute")) {
     statement.node = ParseExecute();
   } else if (Take(u"return")) {
+    if (!AtStatementEnd() && !inProcedure_) {
+      throw ServerFailure(178,
+                          u"A RETURN statement with a return value cannot be used in this context.",
+                          statement.line);
+    }
     statement.node = ReturnStatement{AtStatementEnd() ? nullptr : ParseSum()};
   } else if (Take(u"print")) {
     statement.node = PrintStatement{ParseSum()};
   } else if (Take(u"raiserror")) {
-    RaiseErrorStatement raise;
-    Expect(u"(");
-    do {
-      raise.arguments.push_back(ParseSum());
-    } while (Take(u","));
-    Expect(u")");
-    statement.node = std::move(raise);
+    statement.node = ParseRaiseError();
   } else if (At(u"create")) {
     definesObjects_ = true;
     ParseCreate(statement);
@@ -243,9 +287,7 @@ void Parser::ParseStatementInto(Statement& statement) {
     definesObjects_ = true;
     statement.node = ParseDrop();
   } else {
-    for (TextView word : kRefused) {
-      if (At(word)) throw Refused(Text(TextOf(Current())));
-    }
+    RefuseByName();
     throw SyntaxError();
   }
 }
@@ -261,9 +303,10 @@ bool Parser::AtStatementEnd() const {
 void Parser::ParseSet(Statement& statement) {
   if (Current().kind == TokenKind::Variable) {
     SetVariableStatement set;
-    set.variable = TakeVariable();
-    Expect(u"=");
-    set.value = ParseSum();
+    ExpressionPtr before = Node(ExpressionKind::Variable);
+    before->index = set.variable = TakeDeclared();
+    set.value = ParseAssigned(std::move(before));
+    if (!set.value) throw SyntaxError();
     statement.node = std::move(set);
     return;
   }
@@ -275,29 +318,95 @@ void Parser::ParseSet(Statement& statement) {
     statement.node = std::move(identity);
     return;
   }
-  // These say what this database does anyway, or how the server plans.
-  static constexpr TextView kIgnored[] = {
-      u"ansi_nulls",        u"ansi_padding", u"ansi_warnings",           u"ansi_null_dflt_on",
-      u"quoted_identifier", u"arithabort",   u"concat_null_yields_null", u"numeric_roundabort",
-      u"xact_abort"};
-  SetOptionStatement option;
+  if (Take(u"transaction")) {  // SQLite isolates as it does
+    Expect(u"isolation");
+    Expect(u"level");
+    at_ += At(u"read") || At(u"repeatable") ? 2 : 1;
+    statement.node = SetOptionStatement{};
+    return;
+  }
+  // The ignored ones say how the server plans, or what this database does anyway: those that
+  // matter are refused when they are switched off.
+  struct Option {
+    TextView name;
+    SessionOption option;
+    bool matters;
+  };
+  static constexpr Option kOptions[] = {
+      {u"nocount", SessionOption::NoCount, false},
+      {u"xact_abort", SessionOption::XactAbort, false},
+      {u"quoted_identifier", SessionOption::QuotedIdentifier, false},
+      {u"ansi_nulls", SessionOption::Ignored, true},
+      {u"ansi_warnings", SessionOption::Ignored, true},
+      {u"concat_null_yields_null", SessionOption::Ignored, true},
+      {u"ansi_padding", SessionOption::Ignored, false},
+      {u"ansi_null_dflt_on", SessionOption::Ignored, false},
+      {u"arithabort", SessionOption::Ignored, false},
+      {u"numeric_roundabort", SessionOption::Ignored, false}};
+  SetOptionStatement set;
+  const Option* refused = nullptr;
   do {
-    if (At(u"nocount")) {
-      option.option = SessionOption::NoCount;
-    } else if (std::ranges::none_of(kIgnored, [&](TextView word) { return At(word); })) {
-      throw Refused(u"SET " + Text(TextOf(Current())));
-    }
+    const auto* option =
+        std::ranges::find_if(kOptions, [&](const Option& known) { return At(known.name); });
+    if (option == std::end(kOptions)) throw Refused(u"SET " + Text(TextOf(Current())));
+    if (option->option != SessionOption::Ignored) set.options.push_back(option->option);
+    if (option->matters) refused = option;
     ++at_;
   } while (Take(u","));
-  option.on = At(u"on");
+  set.on = At(u"on");
+  if (!set.on && refused) throw Refused(u"SET " + ToUpper(refused->name) + u" OFF");
   if (!Take(u"on")) Expect(u"off");
-  statement.node = option;
+  if (!set.on && std::ranges::count(set.options, SessionOption::QuotedIdentifier) > 0) {
+    RefuseQuotedTexts(batch_, scanned_);
+  }
+  statement.node = std::move(set);
+}
+
+// `=` and a value, or += and its kin with what the target holds before.
+ExpressionPtr Parser::ParseAssigned(ExpressionPtr before) {
+  static constexpr std::pair<TextView, Operation> kCompound[] = {{u"+=", Operation::Add},
+                                                                 {u"-=", Operation::Subtract},
+                                                                 {u"*=", Operation::Multiply},
+                                                                 {u"/=", Operation::Divide},
+                                                                 {u"%=", Operation::Modulo}};
+  for (const auto& [symbol, operation] : kCompound) {
+    if (!Take(symbol)) continue;
+    auto node = Node(ExpressionKind::Binary);
+    node->operation = operation;
+    Append(*node, std::move(before));
+    Append(*node, ParseSum());
+    return node;
+  }
+  Expect(u"=");
+  return ParseOptionalDefault();
+}
+
+TransactionStatement Parser::ParseTransaction(TransactionVerb verb) {
+  TransactionStatement transaction{verb, {}};
+  const bool begins = verb == TransactionVerb::Begin;
+  if (begins || Take(u"transaction") || Take(u"tran")) {
+    if (Current().kind == TokenKind::Variable) throw Refused(u"a transaction named by a variable");
+    if (AtName()) transaction.name = TakeName();
+  } else {
+    Take(u"work");
+  }
+  return transaction;
+}
+
+RaiseErrorStatement Parser::ParseRaiseError() {
+  RaiseErrorStatement raise;
+  Expect(u"(");
+  do {
+    raise.arguments.push_back(ParseArgument());
+  } while (Take(u","));
+  if (raise.arguments.size() < 3) throw SyntaxError();
+  Expect(u")");
+  return raise;
 }
 
 void Parser::ParseBegin(Statement& statement) {
   if (Take(u"transaction") || Take(u"tran")) {
-    if (AtName() && !AtStatementEnd()) throw Refused(u"a named transaction");
-    statement.node = TransactionStatement{TransactionVerb::Begin};
+    statement.node = ParseTransaction(TransactionVerb::Begin);
     return;
   }
   if (At(u"try") || At(u"catch")) throw Refused(u"TRY ... CATCH");
@@ -324,57 +433,67 @@ IfStatement Parser::ParseIf() {
   return result;
 }
 
-DeclareStatement Parser::ParseDeclare() {
-  DeclareStatement declare;
+// What remains of it when it runs are the variables' first values.
+BlockStatement Parser::ParseDeclare() {
+  BlockStatement values;
+  if (Matches(Ahead(1), u"cursor")) throw Refused(u"a cursor");
   do {
-    DeclareStatement::Variable variable;
-    variable.name = TakeVariable();
+    const int32_t line = Current().line;
+    Text name = TakeVariable();
     Take(u"as");
     if (At(u"cursor") || At(u"table"))
       throw Refused(u"a variable of type " + Text(TextOf(Current())));
-    variable.type = TakeType(1);
-    if (Take(u"=")) variable.value = ParseSum();
-    declare.variables.push_back(std::move(variable));
+    Declare(std::move(name), TakeType(1), line);
+    if (!Take(u"=")) continue;
+    auto value = std::make_unique<Statement>();
+    value->line = line;
+    value->node = SetVariableStatement{static_cast<int32_t>(variables_.size()) - 1, ParseSum()};
+    values.body.push_back(std::move(value));
   } while (Take(u","));
-  return declare;
+  return values;
 }
 
 ExecuteStatement Parser::ParseExecute() {
   ExecuteStatement execute;
   if (At(u"(")) throw Refused(u"EXEC of a text");
   if (Current().kind == TokenKind::Variable) {
-    execute.returnVariable = TakeVariable();
+    execute.returnVariable = TakeDeclared();
     if (!Take(u"=")) throw Refused(u"EXEC of a procedure named by a variable");
   }
   execute.procedure = TakeTableName();
   if (AtStatementEnd()) return execute;
+  bool named = false;
   do {
     ExecuteStatement::Argument argument;
     if (Current().kind == TokenKind::Variable && Matches(Ahead(1), u"=")) {
       argument.name = TakeVariable();
       ++at_;
+      named = true;
+    } else if (named) {
+      throw ServerFailure(119,
+                          u"Must pass parameter number " +
+                              NumberText(static_cast<int64_t>(execute.arguments.size() + 1)) +
+                              u" and subsequent parameters as '@name = value'. After the form "
+                              u"'@name = value' has been used, all subsequent parameters must be "
+                              u"passed in the form '@name = value'.",
+                          Current().line);
     }
-    if (!Take(u"default")) {
-      // Only constants and variables stand here; a bare word is a text.
-      if (AtName()) throw Refused(u"an argument without quotes");
-      argument.value = At(u"-") || At(u"+") ? ParseUnary() : ParsePrimary();
-      switch (argument.value->kind) {
-        case ExpressionKind::Literal:
-        case ExpressionKind::Null:
-        case ExpressionKind::Unary:
-        case ExpressionKind::Variable:
-        case ExpressionKind::SystemVariable:
-        case ExpressionKind::Marker:
-          break;
-        default:
-          throw SyntaxError();
-      }
-    }
+    if (!Take(u"default")) argument.value = ParseArgument();
     argument.output = Take(u"output") || Take(u"out");
     execute.arguments.push_back(std::move(argument));
   } while (Take(u","));
   if (!AtStatementEnd()) throw SyntaxError();
   return execute;
+}
+
+// Only constants and variables stand here; a bare word is a text.
+ExpressionPtr Parser::ParseArgument() {
+  if (AtName()) throw Refused(u"an argument without quotes");
+  const bool isSigned = At(u"-") || At(u"+");
+  const bool isValue = Current().kind != TokenKind::Symbol || isSigned;
+  if (!isValue || AtAny({u"case", u"convert", u"coalesce", u"nullif", u"left", u"right", u"user"}))
+    throw SyntaxError();
+  return isSigned ? ParseUnary() : ParsePrimary();
 }
 
 }  // namespace vellum250::database::embedded

@@ -12,6 +12,9 @@ inline constexpr int32_t kMaxNesting = 200;
 // Raises a DatabaseFailure (102, 156 ...) with the line. `batch` is the text that was scanned.
 SyntaxTree ParseBatch(TextView batch, const Scanned& scanned);
 
+// Behind SET QUOTED_IDENTIFIER OFF what stands in double quotes is a text: refused.
+void RefuseQuotedTexts(TextView batch, const Scanned& scanned);
+
 // One expression or condition on its own, as defaults and checks are stored.
 ExpressionPtr ParseExpression(TextView text, const Scanned& scanned);
 

@@ -48,6 +48,9 @@ class Parser {
   bool AtName() const;
   Text TakeName();
   Text TakeVariable();
+  void RefuseByName() const;
+  int32_t TakeDeclared();                                // a variable's index; 137
+  void Declare(Text name, TypeInfo type, int32_t line);  // 134
   struct ObjectName {
     Text schema;
     Text name;
@@ -87,9 +90,13 @@ class Parser {
 
   // parser_query.cpp
   QueryPtr ParseQuery();
+  QueryPtr ParseSubquery();
+  void RequireTopForOrder(const Query& query) const;
+  void RefuseOutput() const;
   SelectCore ParseSelectCore();
   SelectItem ParseSelectItem();
   SourcePtr ParseSource();
+  SourcePtr ParseJoin(JoinKind kind, SourcePtr left);
   SourcePtr ParseSourcePrimary();
   std::optional<JoinKind> TakeJoin();
   void TakeAlias(Source& source);
@@ -110,6 +117,8 @@ class Parser {
   std::vector<Text> TakeKeyColumns(std::vector<bool>* descending = nullptr);
   void SkipStorageOptions();
   Text TakeParenthesisedText();
+  Text StoredDefault(size_t first, const Expression& value) const;
+  size_t ClosingOf(size_t token) const;
   CreateIndexStatement ParseCreateIndex();
   CreateViewStatement ParseCreateView(size_t firstToken);
   CreateProcedureStatement ParseCreateProcedure(size_t firstToken);
@@ -121,8 +130,12 @@ class Parser {
   void ParseSet(Statement& statement);
   void ParseBegin(Statement& statement);
   IfStatement ParseIf();
-  DeclareStatement ParseDeclare();
+  BlockStatement ParseDeclare();
+  TransactionStatement ParseTransaction(TransactionVerb verb);
+  RaiseErrorStatement ParseRaiseError();
   ExecuteStatement ParseExecute();
+  ExpressionPtr ParseArgument();
+  ExpressionPtr ParseAssigned(ExpressionPtr before);
   bool AtStatementEnd() const;
 
   TextView batch_;
@@ -131,7 +144,10 @@ class Parser {
   int32_t depth_ = 0;
   size_t statementCount_ = 0;
   std::vector<int32_t> pinned_;
+  std::vector<VariableInfo> variables_;
+  std::optional<DatabaseFailure> undeclared_;  // told when nothing worse is found
   bool definesObjects_ = false;
+  bool inProcedure_ = false;
 };
 
 }  // namespace vellum250::database::embedded

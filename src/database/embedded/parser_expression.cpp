@@ -65,8 +65,7 @@ ExpressionPtr Parser::ParsePredicate() {
     auto node = Node(ExpressionKind::Exists);
     ++at_;
     Expect(u"(");
-    node->query = ParseQuery();
-    Expect(u")");
+    node->query = ParseSubquery();
     return node;
   }
   ExpressionPtr left = ParseSum();
@@ -123,12 +122,12 @@ ExpressionPtr Parser::ParseIn(ExpressionPtr value) {
   Append(*node, std::move(value));
   Expect(u"(");
   if (At(u"select")) {
-    node->query = ParseQuery();
-  } else {
-    do {
-      Append(*node, ParseSum());
-    } while (Take(u","));
+    node->query = ParseSubquery();
+    return node;
   }
+  do {
+    Append(*node, ParseSum());
+  } while (Take(u","));
   Expect(u")");
   return node;
 }
@@ -168,7 +167,9 @@ ExpressionPtr Parser::ParseUnary() {
     Append(*node, ParseUnary());
     return node;
   }
-  return ParsePrimary();
+  ExpressionPtr value = ParsePrimary();
+  if (At(u"collate")) throw Refused(u"COLLATE");
+  return value;
 }
 
 ExpressionPtr Parser::ParsePrimary() {
@@ -185,8 +186,8 @@ ExpressionPtr Parser::ParsePrimary() {
       break;
     case TokenKind::Variable:
       node = Node(ExpressionKind::Variable);
-      node->name = Text(TextOf(token));
-      break;
+      node->index = TakeDeclared();
+      return node;
     case TokenKind::SystemVariable:
       node = Node(ExpressionKind::SystemVariable);
       node->name = Text(TextOf(token));
@@ -207,10 +208,10 @@ ExpressionPtr Parser::ParseParenthesised() {
   ExpressionPtr node;
   if (At(u"select")) {
     node = Node(ExpressionKind::Subquery);
-    node->query = ParseQuery();
-  } else {
-    node = ParseCondition();
+    node->query = ParseSubquery();
+    return node;
   }
+  node = ParseCondition();
   Expect(u")");
   return node;
 }
@@ -251,6 +252,7 @@ ExpressionPtr Parser::ParseNamed() {
     node->qualifier = std::move(node->name);
     node->name = TakeName();
   }
+  if (At(u"(")) throw Refused(u"a function of one's own");
   return node;
 }
 

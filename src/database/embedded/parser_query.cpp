@@ -8,15 +8,39 @@ QueryPtr Parser::ParseQuery() {
   auto query = std::make_unique<Query>();
   query->cores.push_back(ParseSelectCore());
   for (;;) {
-    if (AtAny({u"except", u"intersect"})) throw Refused(u"EXCEPT and INTERSECT");
-    if (!Take(u"union")) break;
-    query->operators.push_back(Take(u"all") ? u"UNION ALL" : u"UNION");
+    static constexpr TextView kOperators[] = {u"UNION", u"EXCEPT", u"INTERSECT"};
+    const auto* found =
+        std::ranges::find_if(kOperators, [&](TextView word) { return Take(ToLower(word)); });
+    if (found == std::end(kOperators)) break;
+    const bool all = *found == u"UNION" && Take(u"all");
+    query->operators.push_back(all ? u"UNION ALL" : *found);
+    // INTERSECT binds tighter than the others, but not in SQLite.
+    if (std::ranges::count(query->operators, u"INTERSECT") % query->operators.size() != 0)
+      throw Refused(u"INTERSECT beside another operator");
     if (At(u"(")) throw Refused(u"a parenthesised part of a UNION");
     query->cores.push_back(ParseSelectCore());
   }
   query->orderBy = ParseOrderBy();
   if (AtAny({u"for", u"option", u"compute"})) throw Refused(ToUpper(TextOf(Current())));
   return query;
+}
+
+// Behind its opening parenthesis.
+QueryPtr Parser::ParseSubquery() {
+  QueryPtr query = ParseQuery();
+  RequireTopForOrder(*query);
+  Expect(u")");
+  return query;
+}
+
+// Rows that others read have no order; TOP needs one.
+void Parser::RequireTopForOrder(const Query& query) const {
+  if (query.orderBy.empty() || (query.cores.size() == 1 && query.cores[0].top)) return;
+  throw ServerFailure(1033,
+                      u"The ORDER BY clause is invalid in views, inline functions, derived tables, "
+                      u"subqueries, and common table expressions, unless TOP, OFFSET or FOR XML is "
+                      u"also specified.",
+                      query.orderBy[0].value->line);
 }
 
 SelectCore Parser::ParseSelectCore() {
@@ -26,6 +50,7 @@ SelectCore Parser::ParseSelectCore() {
   core.distinct = Take(u"distinct");
   if (!core.distinct) Take(u"all");
   if (Take(u"top")) {
+    if (Current().kind != TokenKind::Literal && !At(u"(")) throw SyntaxError();
     core.top = ParsePrimary();
     if (At(u"percent")) throw Refused(u"TOP PERCENT");
     if (At(u"with")) throw Refused(u"TOP WITH TIES");
@@ -60,7 +85,7 @@ SelectItem Parser::ParseSelectItem() {
     return item;
   }
   if (Current().kind == TokenKind::Variable && Matches(Ahead(1), u"=")) {
-    item.variable = TakeVariable();
+    item.variable = TakeDeclared();
     ++at_;
     item.value = ParseSum();
     return item;
@@ -117,18 +142,24 @@ SourcePtr Parser::ParseSource() {
   int32_t joins = 0;
   while (const auto kind = TakeJoin()) {
     if (++joins > kMaxNesting) throw NestedTooDeeply(Current().line);
-    auto join = std::make_unique<Source>();
-    join->line = Current().line;
-    join->join = *kind;
-    join->left = std::move(left);
-    join->right = ParseSourcePrimary();
-    if (*kind != JoinKind::Cross) {
-      Expect(u"on");
-      join->on = ParseCondition();
-    }
-    left = std::move(join);
+    left = ParseJoin(*kind, std::move(left));
   }
   return left;
+}
+
+SourcePtr Parser::ParseJoin(JoinKind kind, SourcePtr left) {
+  Level level(*this);
+  auto join = std::make_unique<Source>();
+  join->line = Current().line;
+  join->join = kind;
+  join->left = std::move(left);
+  join->right = ParseSourcePrimary();
+  if (kind == JoinKind::Cross) return join;
+  // a JOIN b JOIN c ON ... ON ...: the inner join comes first.
+  while (const auto inner = TakeJoin()) join->right = ParseJoin(*inner, std::move(join->right));
+  Expect(u"on");
+  join->on = ParseCondition();
+  return join;
 }
 
 SourcePtr Parser::ParseSourcePrimary() {
@@ -140,8 +171,7 @@ SourcePtr Parser::ParseSourcePrimary() {
       Expect(u")");
       return inner;
     }
-    source->query = ParseQuery();
-    Expect(u")");
+    source->query = ParseSubquery();
     TakeAlias(*source);
     if (source->alias.empty()) throw SyntaxError();
     if (At(u"(")) source->columnNames = TakeNameList();
@@ -185,12 +215,17 @@ std::vector<OrderItem> Parser::ParseOrderBy() {
   return items;
 }
 
+void Parser::RefuseOutput() const {
+  if (At(u"output")) throw Refused(u"OUTPUT");
+}
+
 InsertStatement Parser::ParseInsert() {
   InsertStatement insert;
   Take(u"into");
   insert.table = TakeTableName();
   SkipHints();
   if (At(u"(")) insert.columns = TakeNameList();
+  RefuseOutput();
   if (Take(u"default")) {
     Expect(u"values");
     insert.defaultValues = true;
@@ -225,10 +260,12 @@ UpdateStatement Parser::ParseUpdate() {
     assignment.line = Current().line;
     assignment.column = TakeName();
     if (Take(u".")) assignment.column = TakeName();
-    Expect(u"=");
-    assignment.value = ParseOptionalDefault();
+    ExpressionPtr before = Node(ExpressionKind::Column);
+    before->name = assignment.column;
+    assignment.value = ParseAssigned(std::move(before));
     update.assignments.push_back(std::move(assignment));
   } while (Take(u","));
+  RefuseOutput();
   update.from = ParseFrom();
   if (Take(u"where")) update.where = ParseCondition();
   return update;
@@ -240,6 +277,7 @@ DeleteStatement Parser::ParseDelete() {
   Take(u"from");
   statement.table = TakeTableName();
   SkipHints();
+  RefuseOutput();
   statement.from = ParseFrom();
   if (Take(u"where")) statement.where = ParseCondition();
   return statement;

@@ -1,3 +1,4 @@
+#include "automation/locale.h"
 #include "database/embedded/parser_class.h"
 
 namespace vellum250::database::embedded {
@@ -46,6 +47,7 @@ CreateTableStatement Parser::ParseCreateTable() {
       table.columns.push_back(ParseColumn(table));
     }
   } while (Take(u","));
+  if (table.columns.empty()) throw SyntaxError();
   Expect(u")");
   SkipStorageOptions();
   return table;
@@ -98,17 +100,43 @@ bool Parser::ParseColumnOption(ColumnDefinition& column, CreateTableStatement& t
     TakeName();
   } else if (Take(u"default")) {
     const size_t first = at_;
-    ParseUnary();
-    column.defaultText = TextBetween(first, at_);
+    column.defaultText = StoredDefault(first, *ParseUnary());
   } else if (AtAny({u"constraint", u"primary", u"unique", u"check", u"references", u"foreign"})) {
     Text name;
     if (Take(u"constraint")) name = TakeName();
     if (At(u"default")) return true;  // its name is of no use
     table.constraints.push_back(ParseConstraint(std::move(name), column.name));
+  } else if (AtAny({u"rowguidcol", u"sparse", u"filestream", u"persisted"})) {
+    throw Refused(u"a column with " + ToUpper(TextOf(Current())));
   } else {
     return false;
   }
   return true;
+}
+
+// As the server keeps it: ((5)), (getdate()).
+Text Parser::StoredDefault(size_t first, const Expression& value) const {
+  size_t end = at_;
+  while (Matches(scanned_.tokens[first], u"(") && ClosingOf(first) + 1 == end) {
+    ++first;
+    --end;
+  }
+  const Expression& inner = value.kind == ExpressionKind::Unary ? *value.arguments[0] : value;
+  const bool isNumber = inner.kind == ExpressionKind::Literal &&
+                        !IsText(scanned_.literals[static_cast<size_t>(inner.index)].type);
+  const Text text = u"(" + TextBetween(first, end) + u")";
+  return isNumber ? u"(" + text + u")" : text;
+}
+
+// The parenthesis that closes the one at a token.
+size_t Parser::ClosingOf(size_t token) const {
+  int32_t depth = 0;
+  for (;; ++token) {
+    const Token& current = scanned_.tokens[token];
+    if (current.kind == TokenKind::End || current.kind == TokenKind::Marker) throw SyntaxError();
+    if (Matches(current, u"(")) ++depth;
+    if (Matches(current, u")") && --depth == 0) return token;
+  }
 }
 
 // `column` is the column that the constraint stands at, or empty.
@@ -184,16 +212,10 @@ std::vector<Text> Parser::TakeKeyColumns(std::vector<bool>* descending) {
 Text Parser::TakeParenthesisedText() {
   if (!At(u"(")) throw SyntaxError();
   const size_t first = at_ + 1;
-  int32_t depth = 0;
-  do {
-    if (Current().kind == TokenKind::End) throw SyntaxError();
-    if (Current().kind == TokenKind::Marker) throw SyntaxError();
-    if (At(u"(")) ++depth;
-    if (At(u")")) --depth;
-    ++at_;
-  } while (depth > 0);
-  if (first == at_ - 1) throw SyntaxError();
-  return TextBetween(first, at_ - 1);
+  const size_t end = ClosingOf(at_);
+  if (first == end) throw SyntaxError();
+  at_ = end + 1;
+  return TextBetween(first, end);
 }
 
 CreateIndexStatement Parser::ParseCreateIndex() {
@@ -216,6 +238,8 @@ CreateViewStatement Parser::ParseCreateView(size_t firstToken) {
   if (At(u"with")) throw Refused(u"a view WITH an option");
   Expect(u"as");
   view.query = ParseQuery();
+  RequireTopForOrder(*view.query);
+  if (At(u"with")) throw Refused(u"WITH CHECK OPTION");
   while (Take(u";")) {
   }
   if (Current().kind != TokenKind::End) throw SyntaxError();
@@ -230,10 +254,12 @@ CreateProcedureStatement Parser::ParseCreateProcedure(size_t firstToken) {
   const bool parenthesised = Take(u"(");
   while (Current().kind == TokenKind::Variable) {
     ParameterDefinition parameter;
+    const int32_t line = Current().line;
     parameter.name = TakeVariable();
     Take(u"as");
     parameter.type = TakeType(1);
-    if (Take(u"=")) parameter.defaultValue = ParseUnary();
+    Declare(parameter.name, parameter.type, line);
+    if (Take(u"=")) parameter.defaultValue = ParseArgument();
     parameter.output = Take(u"output") || Take(u"out");
     procedure.parameters.push_back(std::move(parameter));
     if (!Take(u",")) break;
@@ -241,10 +267,12 @@ CreateProcedureStatement Parser::ParseCreateProcedure(size_t firstToken) {
   if (parenthesised) Expect(u")");
   if (At(u"with")) throw Refused(u"a procedure WITH an option");
   Expect(u"as");
+  inProcedure_ = true;
   while (Current().kind != TokenKind::End) {
     if (Take(u";")) continue;
     procedure.body.push_back(ParseStatement());
   }
+  if (procedure.body.empty()) throw SyntaxError();
   procedure.definition = TextBetween(firstToken, at_);
   return procedure;
 }

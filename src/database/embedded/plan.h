@@ -35,13 +35,13 @@ struct Slot {
 struct ResultColumn {
   Text name;
   TypeInfo type;
+  const ColumnInfo* column = nullptr;  // of a table, as it stands; while the statement is bound
 };
 
 // The variable that a column of SELECT @v = ... goes to, by its position in the frame.
 struct Target {
   int32_t variable = 0;
   TypeInfo from;
-  TypeInfo to;
 };
 
 struct Plan {
@@ -55,13 +55,8 @@ struct Plan {
   ObjectPtr table;                    // that is changed
   // INSERT: whether it gives a value for the identity column.
   bool givesIdentity = false;
+  bool makesTable = false;  // SELECT ... INTO
   Prepared prepared;
-};
-
-// The variables of a batch or procedure, by position; DECLARE may stand anywhere in it.
-struct VariableInfo {
-  Text name;
-  TypeInfo type;
 };
 
 // A batch with more literals than this is not kept for another run, and its whole numbers stand in
@@ -80,15 +75,17 @@ struct BindInput {
 
 // Each raises a DatabaseFailure: 207, 208, 209, 4104 ...
 Plan BindSelect(const BindInput& input, const Query& query);
-// SELECT ... INTO: the columns of the table to make; and, when it is made, the rows.
-std::vector<ResultColumn> BindSelectInto(const BindInput& input, const Query& query);
-Plan BindInsertInto(const BindInput& input, TextView table, const Query& query);
+// SELECT ... INTO: the table to make; and, when it is made, its rows.
+CreateTableStatement BindSelectInto(const BindInput& input, const Query& query);
+Plan BindInsertInto(const BindInput& input, const CreateTableStatement& table, const Query& query);
 Plan BindInsert(const BindInput& input, const InsertStatement& insert);
 Plan BindUpdate(const BindInput& input, const UpdateStatement& update);
 Plan BindDelete(const BindInput& input, const DeleteStatement& statement);
 // One row with one column: the value, as `type` where that is given; or 1 when the condition holds.
 Plan BindValue(const BindInput& input, const Expression& value, std::optional<TypeInfo> type);
 Plan BindCondition(const BindInput& input, const Expression& condition);
+// Raises 8158 or 8159 when a list of column names is shorter or longer than there are columns.
+void CheckColumnList(const std::vector<Text>& names, size_t columns, TextView object, int32_t line);
 // A CHECK of a table as SQLite text without parameters.
 std::string BindCheck(const Catalog& catalog, const ObjectInfo& table, TextView check);
 

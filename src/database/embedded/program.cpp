@@ -14,8 +14,10 @@ bool OnlyReads(const Statement& statement) {
   if (const auto* select = std::get_if<SelectStatement>(&statement.node)) {
     return select->query->cores[0].into.empty();
   }
-  return std::holds_alternative<DeclareStatement>(statement.node) ||
-         std::holds_alternative<SetVariableStatement>(statement.node) ||
+  if (const auto* block = std::get_if<BlockStatement>(&statement.node)) {
+    return std::ranges::all_of(block->body, [](const StatementPtr& s) { return OnlyReads(*s); });
+  }
+  return std::holds_alternative<SetVariableStatement>(statement.node) ||
          std::holds_alternative<SetOptionStatement>(statement.node);
 }
 
@@ -28,51 +30,12 @@ Program::Program(TextView batch, Scanned scanned, std::vector<std::optional<Type
   for (const int32_t index : tree_.pinned) Pin(index, literals_);
   onlyReads_ = std::ranges::all_of(tree_.statements,
                                    [](const StatementPtr& s) { return embedded::OnlyReads(*s); });
-  if (const CreateProcedureStatement* procedure = Procedure()) {
-    for (const ParameterDefinition& parameter : procedure->parameters) {
-      Declare(parameter.name, parameter.type, 0);
-    }
-    Declare(procedure->body);
-  } else {
-    Declare(tree_.statements);
-  }
 }
 
 const CreateProcedureStatement* Program::Procedure() const {
   return tree_.statements.empty()
              ? nullptr
              : std::get_if<CreateProcedureStatement>(&tree_.statements.front()->node);
-}
-
-void Program::Declare(const Block& block) {
-  for (const StatementPtr& statement : block) Declare(*statement);
-}
-
-// DECLARE counts for everything that follows it, whatever block it stands in.
-void Program::Declare(const Statement& statement) {
-  if (const auto* declare = std::get_if<DeclareStatement>(&statement.node)) {
-    for (const auto& variable : declare->variables) {
-      Declare(variable.name, variable.type, statement.line);
-    }
-  } else if (const auto* block = std::get_if<BlockStatement>(&statement.node)) {
-    Declare(block->body);
-  } else if (const auto* branch = std::get_if<IfStatement>(&statement.node)) {
-    Declare(*branch->then);
-    if (branch->otherwise) Declare(*branch->otherwise);
-  }
-}
-
-void Program::Declare(const Text& name, TypeInfo type, int32_t line) {
-  for (const VariableInfo& variable : variables_) {
-    if (EqualsIgnoreAsciiCase(variable.name, name)) {
-      throw ServerFailure(134,
-                          u"The variable name '" + name +
-                              u"' has already been declared. Variable names must be unique within "
-                              u"a query batch or stored procedure.",
-                          line);
-    }
-  }
-  variables_.push_back({name, type});
 }
 
 void Program::Pin(int32_t literal, const std::vector<TypedValue>& literals) {

@@ -12,11 +12,11 @@ namespace vellum250::database::embedded {
 // shape whose pinned literals have the same values.
 class Program {
  public:
-  // Raises what the parser does, and 134 for a variable declared twice.
+  // Raises what the parser does.
   Program(TextView batch, Scanned scanned, std::vector<std::optional<TypeInfo>> markers);
 
   const SyntaxTree& Tree() const { return tree_; }
-  const std::vector<VariableInfo>& Variables() const { return variables_; }
+  const std::vector<VariableInfo>& Variables() const { return tree_.variables; }
   // The literals of the text that it was made from.
   const std::vector<TypedValue>& Literals() const { return literals_; }
   bool Serves(const std::vector<TypedValue>& literals) const;
@@ -36,7 +36,7 @@ class Program {
     const auto found = plans_.find(node);
     if (found != plans_.end()) return found->second;
     std::vector<int32_t> pinned;
-    Plan plan = bind(BindInput{catalog, literals, markers_, variables_, pinned});
+    Plan plan = bind(BindInput{catalog, literals, markers_, tree_.variables, pinned});
     for (const int32_t index : pinned) Pin(index, literals);
     return plans_.emplace(node, std::move(plan)).first->second;
   }
@@ -45,15 +45,11 @@ class Program {
   const CreateProcedureStatement* Procedure() const;
 
  private:
-  void Declare(const Block& block);
-  void Declare(const Statement& statement);
-  void Declare(const Text& name, TypeInfo type, int32_t line);
   void Pin(int32_t literal, const std::vector<TypedValue>& literals);
 
   SyntaxTree tree_;
   std::vector<TypedValue> literals_;
   std::vector<std::optional<TypeInfo>> markers_;
-  std::vector<VariableInfo> variables_;
   std::vector<std::pair<int32_t, Value>> pinned_;
   std::unordered_map<const void*, Plan> plans_;
   uint64_t generation_ = 0;

@@ -24,10 +24,13 @@ Column ColumnOf(const ResultColumn& column) {
   return result;
 }
 
-// A conversion or binding failure ends the batch and undoes the open transaction.
-bool UndoesTransaction(int32_t message) {
-  static constexpr int32_t kMessages[] = {241, 242, 244, 245, 248, 295, 8114, 8169, 8170};
-  return std::ranges::binary_search(kMessages, message);
+// The number of RAISERROR's failures.
+constexpr int32_t kRaised = 50000;
+
+bool IsChange(const Statement& statement) {
+  return std::holds_alternative<InsertStatement>(statement.node) ||
+         std::holds_alternative<UpdateStatement>(statement.node) ||
+         std::holds_alternative<DeleteStatement>(statement.node);
 }
 
 bool ChangesSchema(const Statement& statement) {
@@ -40,7 +43,7 @@ bool OnlyAssigns(const Query& query) {
   const SelectCore& core = query.cores[0];
   return query.cores.size() == 1 && core.from.empty() && !core.where && !core.top &&
          std::ranges::all_of(core.items,
-                             [](const SelectItem& item) { return !item.variable.empty(); });
+                             [](const SelectItem& item) { return item.variable != kNoVariable; });
 }
 
 }  // namespace
@@ -94,6 +97,7 @@ void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
   try {
     session_.Settle();
     Scanned scanned = Scan(sql);
+    if (session_.State().quotedTexts) RefuseQuotedTexts(sql, scanned);
     if (parameters.size() > static_cast<size_t>(scanned.markers)) {
       throw ServerFailure(8144, u"There are more values than ? markers.");
     }
@@ -106,34 +110,41 @@ void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
                 markers,  std::vector<Value>(program->Variables().size()),
                 {},       0};
     BindAhead(program->Tree().statements, frame);
+    binding_ = false;
     RunBlock(program->Tree().statements, frame);
   } catch (const DatabaseFailure& failure) {
     Failed(failure, 0);
   }
 }
 
-void Runner::BindAhead(const Block& block, Frame& frame) {
-  for (const StatementPtr& statement : block) {
-    try {
-      if (const auto* select = std::get_if<SelectStatement>(&statement->node)) {
-        if (OnlyAssigns(*select->query)) continue;
-        if (!select->query->cores[0].into.empty()) return;
-        PlanOf(select, frame,
-               [&](const BindInput& input) { return BindSelect(input, *select->query); });
-      } else if (std::holds_alternative<InsertStatement>(statement->node) ||
-                 std::holds_alternative<UpdateStatement>(statement->node) ||
-                 std::holds_alternative<DeleteStatement>(statement->node)) {
-        ChangePlan(*statement, frame);
-      } else if (const auto* inner = std::get_if<BlockStatement>(&statement->node)) {
-        BindAhead(inner->body, frame);
-      } else if (ChangesSchema(*statement)) {
-        return;
-      }
-    } catch (const DatabaseFailure& failure) {
-      // A table may yet be made by a statement before.
-      if (failure.NativeNumber() != 208) throw AtLine(failure, statement->line);
+bool Runner::BindAhead(const Block& block, Frame& frame) {
+  return std::ranges::all_of(
+      block, [&](const StatementPtr& statement) { return BindAhead(*statement, frame); });
+}
+
+bool Runner::BindAhead(const Statement& statement, Frame& frame) {
+  try {
+    if (const auto* select = std::get_if<SelectStatement>(&statement.node)) {
+      if (!select->query->cores[0].into.empty()) return false;
+      if (!OnlyAssigns(*select->query)) SelectPlan(*select, frame);
+    } else if (IsChange(statement)) {
+      ChangePlan(statement, frame);
+    } else if (const auto* set = std::get_if<SetVariableStatement>(&statement.node)) {
+      ValuePlan(*set->value, frame, TypeOf(set->variable, frame));
+    } else if (const auto* inner = std::get_if<BlockStatement>(&statement.node)) {
+      return BindAhead(inner->body, frame);
+    } else if (const auto* branch = std::get_if<IfStatement>(&statement.node)) {
+      ConditionPlan(*branch, frame);
+      return BindAhead(*branch->then, frame) &&
+             (!branch->otherwise || BindAhead(*branch->otherwise, frame));
+    } else {
+      return !ChangesSchema(statement);
     }
+  } catch (const DatabaseFailure& failure) {
+    // A table may yet be made by a statement before.
+    if (failure.NativeNumber() != 208) throw AtLine(failure, statement.line);
   }
+  return true;
 }
 
 Runner::Flow Runner::RunBlock(const Block& block, Frame& frame) {
@@ -167,8 +178,13 @@ Runner::Flow Runner::Failed(const DatabaseFailure& failure, int32_t line) {
   if (!batch_.failure || ofFile || failure.Number() == kTimeoutFailure) {
     batch_.failure = AtLine(failure, line);
   }
-  if (ofFile || lost || UndoesTransaction(failure.NativeNumber())) session_.EndTransactions();
-  return EndsStatementOnly(failure.NativeNumber()) ? Flow::Next : Flow::Abort;
+  const bool unbound = std::exchange(binding_, false);
+  const bool raised = failure.NativeNumber() == kRaised;
+  Ends ends = EffectOf(failure.NativeNumber());
+  if (state.xactAbort && !raised) ends = Ends::Transaction;
+  if (ofFile || lost || ends == Ends::Transaction) session_.EndTransactions();
+  if (ends != Ends::Statement) return Flow::Abort;
+  return unbound ? Flow::Leave : Flow::Next;
 }
 
 Runner::Flow Runner::Run(const Statement& statement, Frame& frame) {
@@ -179,20 +195,15 @@ Runner::Flow Runner::Run(const Statement& statement, Frame& frame) {
       for (const SelectItem& item : select->query->cores[0].items) {
         SetVariable(item.variable, *item.value, frame);
       }
-      session_.State().rowCount = 1;
     } else {
       RunSelect(*select, frame);
     }
-  } else if (std::holds_alternative<InsertStatement>(statement.node) ||
-             std::holds_alternative<UpdateStatement>(statement.node) ||
-             std::holds_alternative<DeleteStatement>(statement.node)) {
+  } else if (IsChange(statement)) {
     RunChange(ChangePlan(statement, frame), frame);
-  } else if (const auto* declare = std::get_if<DeclareStatement>(&statement.node)) {
-    RunDeclare(*declare, frame);
   } else if (const auto* set = std::get_if<SetVariableStatement>(&statement.node)) {
     SetVariable(set->variable, *set->value, frame);
   } else if (const auto* option = std::get_if<SetOptionStatement>(&statement.node)) {
-    if (option->option == SessionOption::NoCount) session_.State().noCount = option->on;
+    RunSetOption(*option);
   } else if (const auto* identity = std::get_if<IdentityInsertStatement>(&statement.node)) {
     RunIdentityInsert(*identity);
   } else if (const auto* branch = std::get_if<IfStatement>(&statement.node)) {
@@ -207,12 +218,13 @@ Runner::Flow Runner::Run(const Statement& statement, Frame& frame) {
     return Flow::Return;
   } else if (const auto* print = std::get_if<PrintStatement>(&statement.node)) {
     Evaluate(*print->value, frame);  // for its failures; nobody listens
+    session_.State().rowCount = 0;
   } else if (const auto* raise = std::get_if<RaiseErrorStatement>(&statement.node)) {
     RunRaiseError(*raise, frame);
   } else if (const auto* transaction = std::get_if<TransactionStatement>(&statement.node)) {
-    RunTransaction(transaction->verb);
+    RunTransaction(*transaction);
   } else if (const auto* execute = std::get_if<ExecuteStatement>(&statement.node)) {
-    RunExecute(*execute, frame);
+    return RunExecute(*execute, frame);
   } else {
     RunSchemaChange(statement, frame);
   }
@@ -231,6 +243,10 @@ void Runner::RunSchemaChange(const Statement& statement, Frame& frame) {
   } else if (const auto* view = std::get_if<CreateViewStatement>(&statement.node)) {
     CreateView(database, catalog, *view, frame.literals);
   } else if (const auto* procedure = std::get_if<CreateProcedureStatement>(&statement.node)) {
+    const std::vector<TypedValue> noMarkers;
+    Program program(procedure->definition, Scan(procedure->definition), {});
+    Frame body{program, program.Literals(), noMarkers, {}, {}, 0};
+    BindAhead(program.Procedure()->body, body);
     CreateProcedure(database, catalog, *procedure);
   } else if (const auto* drop = std::get_if<DropStatement>(&statement.node)) {
     Drop(database, catalog, *drop);
@@ -289,16 +305,24 @@ Value Runner::SlotValue(const Slot& slot, Frame& frame) {
 
 TypedValue Runner::Evaluate(const Expression& expression, Frame& frame,
                             std::optional<TypeInfo> type) {
-  Plan& plan = PlanOf(&expression, frame,
-                      [&](const BindInput& input) { return BindValue(input, expression, type); });
+  Plan& plan = ValuePlan(expression, frame, type);
   Execution execution(*this, plan, frame);
   execution.Step();
   return {execution.Column(0).Copy(), plan.columns[0].type};
 }
 
+Plan& Runner::ValuePlan(const Expression& expression, Frame& frame, std::optional<TypeInfo> type) {
+  return PlanOf(&expression, frame,
+                [&](const BindInput& input) { return BindValue(input, expression, type); });
+}
+
+Plan& Runner::ConditionPlan(const IfStatement& branch, Frame& frame) {
+  return PlanOf(&branch, frame,
+                [&](const BindInput& input) { return BindCondition(input, *branch.condition); });
+}
+
 void Runner::RunSelect(const SelectStatement& select, Frame& frame) {
-  Plan& plan = PlanOf(&select, frame,
-                      [&](const BindInput& input) { return BindSelect(input, *select.query); });
+  Plan& plan = SelectPlan(select, frame);
   if (plan.kind == Plan::Kind::Assign) {
     RunAssign(plan, frame);
   } else {
@@ -314,20 +338,17 @@ void Runner::RunSelectInto(const Query& query, Frame& frame) {
   try {
     if (query.cores[0].into.starts_with(u'#')) catalog.PrepareTemporary();
     Transaction transaction(session_.Db());
-    CreateTableStatement table;
-    table.table = query.cores[0].into;
     std::vector<int32_t> pinned;
     const std::vector<std::optional<TypeInfo>> markers;
     const auto input = [&] {
       return BindInput{catalog, frame.literals, markers, frame.program.Variables(), pinned};
     };
-    for (const ResultColumn& column : BindSelectInto(input(), query)) {
-      ColumnDefinition& definition = table.columns.emplace_back();
-      definition.name = column.name;
-      definition.type = column.type;
-    }
+    binding_ = true;
+    const CreateTableStatement table = BindSelectInto(input(), query);
     CreateTable(session_.Db(), catalog, table);
-    Plan plan = BindInsertInto(input(), table.table, query);
+    Plan plan = BindInsertInto(input(), table, query);
+    binding_ = false;
+    plan.makesTable = true;
     RunChange(plan, frame);
     transaction.Commit();
   } catch (...) {
@@ -362,11 +383,15 @@ void Runner::RunAssign(Plan& plan, Frame& frame) {
     }
     for (size_t i = 0; i < plan.targets.size(); ++i) {
       const Target& target = plan.targets[i];
-      frame.variables[static_cast<size_t>(target.variable)] =
-          Convert(execution.Column(i), target.from, target.to);
+      Store(target.variable, execution.Column(i), target.from, frame);
     }
   }
   session_.State().rowCount = rows;
+}
+
+Plan& Runner::SelectPlan(const SelectStatement& select, Frame& frame) {
+  return PlanOf(&select, frame,
+                [&](const BindInput& input) { return BindSelect(input, *select.query); });
 }
 
 Plan& Runner::ChangePlan(const Statement& statement, Frame& frame) {
@@ -385,7 +410,9 @@ void Runner::RunChange(Plan& plan, Frame& frame) {
   SessionState& state = session_.State();
   const ColumnInfo* identity = plan.kind == Plan::Kind::Insert ? plan.table->Identity() : nullptr;
   if (identity) {
-    const bool allowed = EqualsIgnoreAsciiCase(state.identityInsert, plan.table->name);
+    const bool allowed = plan.makesTable
+                             ? plan.givesIdentity
+                             : EqualsIgnoreAsciiCase(state.identityInsert, plan.table->name);
     if (plan.givesIdentity && !allowed) throw IdentityInsertOff(plan.table->name);
     if (!plan.givesIdentity && allowed) {
       throw ServerFailure(545, u"Explicit value must be specified for identity column in table '" +
@@ -417,56 +444,56 @@ void Runner::RunChange(Plan& plan, Frame& frame) {
   if (!state.noCount && Gathers()) batch_.rowCounts.push_back(state.rowCount);
 }
 
-Value& Runner::VariableOf(TextView name, Frame& frame, TypeInfo& type) {
-  const auto& variables = frame.program.Variables();
-  const auto found = std::ranges::find_if(
-      variables, [&](const VariableInfo& info) { return EqualsIgnoreAsciiCase(info.name, name); });
-  if (found == variables.end()) {
-    throw ServerFailure(137, u"Must declare the scalar variable \"" + Text(name) + u"\".");
-  }
-  type = found->type;
-  return frame.variables[static_cast<size_t>(found - variables.begin())];
+void Runner::Store(int32_t variable, ValueRef value, TypeInfo from, Frame& frame) {
+  frame.variables[static_cast<size_t>(variable)] = Convert(value, from, TypeOf(variable, frame));
 }
 
-void Runner::SetVariable(TextView name, const Expression& expression, Frame& frame) {
-  TypeInfo type;
-  Value& variable = VariableOf(name, frame, type);
-  variable = Evaluate(expression, frame, type).value;
-}
-
-void Runner::RunDeclare(const DeclareStatement& declare, Frame& frame) {
-  for (const auto& variable : declare.variables) {
-    if (variable.value) SetVariable(variable.name, *variable.value, frame);
-  }
+void Runner::SetVariable(int32_t variable, const Expression& expression, Frame& frame) {
+  frame.variables[static_cast<size_t>(variable)] =
+      Evaluate(expression, frame, TypeOf(variable, frame)).value;
+  session_.State().rowCount = 1;
 }
 
 Runner::Flow Runner::RunIf(const IfStatement& branch, Frame& frame) {
   bool holds = false;
   {
-    Plan& plan = PlanOf(&branch, frame, [&](const BindInput& input) {
-      return BindCondition(input, *branch.condition);
-    });
-    Execution execution(*this, plan, frame);
+    Execution execution(*this, ConditionPlan(branch, frame), frame);
     holds = execution.Step();
   }
+  session_.State().rowCount = 0;
+  session_.State().error = 0;
   if (holds) return RunStatement(*branch.then, frame);
   return branch.otherwise ? RunStatement(*branch.otherwise, frame) : Flow::Next;
 }
 
-void Runner::RunTransaction(TransactionVerb verb) {
-  switch (verb) {
+void Runner::RunTransaction(const TransactionStatement& transaction) {
+  session_.State().rowCount = 0;
+  switch (transaction.verb) {
     case TransactionVerb::Begin:
-      return session_.BeginTransaction();
+      return session_.BeginTransaction(transaction.name);
     case TransactionVerb::Commit:
       return session_.CommitTransaction();
     default:
-      return session_.RollbackTransaction();
+      return session_.RollbackTransaction(transaction.name);
+  }
+}
+
+void Runner::RunSetOption(const SetOptionStatement& set) {
+  SessionState& state = session_.State();
+  state.rowCount = 0;
+  for (const SessionOption option : set.options) {
+    if (option == SessionOption::NoCount) state.noCount = set.on;
+    if (option == SessionOption::XactAbort) state.xactAbort = set.on;
+    if (option == SessionOption::QuotedIdentifier) state.quotedTexts = !set.on;
   }
 }
 
 void Runner::RunIdentityInsert(const IdentityInsertStatement& identity) {
   const ObjectPtr table = session_.Objects().Find(identity.table);
-  if (!table || table->kind != ObjectKind::Table) throw InvalidObject(identity.table);
+  if (!table || table->kind != ObjectKind::Table) {
+    throw ServerFailure(1088, u"Cannot find the object \"" + identity.table +
+                                  u"\" because it does not exist or you do not have permissions.");
+  }
   if (table->Identity() == nullptr) {
     throw ServerFailure(8106, u"Table '" + table->name +
                                   u"' does not have the identity property. Cannot perform SET "
@@ -486,13 +513,24 @@ void Runner::RunIdentityInsert(const IdentityInsertStatement& identity) {
 }
 
 void Runner::RunRaiseError(const RaiseErrorStatement& raise, Frame& frame) {
-  if (raise.arguments.size() < 2) throw ServerFailure(102, u"Incorrect syntax near ')'.");
   const TypedValue message = Evaluate(*raise.arguments[0], frame);
   const Value severity = Evaluate(*raise.arguments[1], frame, kInt).value;
   if (!IsText(message.type)) throw Unsupported(u"RAISERROR of a message number");
-  if (raise.arguments.size() > 3) throw Unsupported(u"RAISERROR with arguments");
-  if (ValueRef(severity).Integer() <= 10) return;
-  throw ServerFailure(50000, FromUtf8(ValueRef(message.value).Text()));
+  // %d and %s stand for the further arguments.
+  Text text = FromUtf8(ValueRef(message.value).Text());
+  size_t at = 0;
+  for (size_t i = 3; i < raise.arguments.size(); ++i) {
+    at = text.find(u'%', at);
+    if (at == Text::npos) break;
+    const char16_t kind = at + 1 < text.size() ? text[at + 1] : u' ';
+    if (kind != u'd' && kind != u's' && kind != u'i') throw Unsupported(u"RAISERROR with a width");
+    const Value value = Evaluate(*raise.arguments[i], frame, NVarChar(4000)).value;
+    const Text shown = IsNull(value) ? u"(null)" : FromUtf8(ValueRef(value).Text());
+    text.replace(at, 2, shown);
+    at += shown.size();
+  }
+  session_.State().rowCount = 0;
+  if (ValueRef(severity).Integer() > 10) throw ServerFailure(kRaised, text);
 }
 
 }  // namespace vellum250::database::embedded

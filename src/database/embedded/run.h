@@ -27,29 +27,37 @@ class Runner {
     Value scopeIdentity;
     int32_t returnValue = 0;
   };
-  enum class Flow : uint8_t { Next, Return, Abort };
+  // Leave ends the procedure at a failure, Abort the batch.
+  enum class Flow : uint8_t { Next, Return, Leave, Abort };
 
   Flow RunBlock(const Block& block, Frame& frame);
   Flow RunStatement(const Statement& statement, Frame& frame);
   // Without a handler for failures.
   Flow Run(const Statement& statement, Frame& frame);
   Flow Failed(const DatabaseFailure& failure, int32_t line);
-  // Binds everything whose tables are there, so that a misspelt column runs nothing.
-  void BindAhead(const Block& block, Frame& frame);
+  // Binds everything whose tables are there, so that a misspelt column runs nothing. False behind a
+  // statement that changes what there is.
+  bool BindAhead(const Block& block, Frame& frame);
+  bool BindAhead(const Statement& statement, Frame& frame);
 
   void RunSelectInto(const Query& query, Frame& frame);
   void RunQuery(Plan& plan, Frame& frame);
   void RunAssign(Plan& plan, Frame& frame);
   void RunChange(Plan& plan, Frame& frame);
   void RunSelect(const SelectStatement& select, Frame& frame);
+  Plan& SelectPlan(const SelectStatement& select, Frame& frame);
   Plan& ChangePlan(const Statement& statement, Frame& frame);
-  // Raises 137.
-  Value& VariableOf(TextView name, Frame& frame, TypeInfo& type);
-  void SetVariable(TextView name, const Expression& expression, Frame& frame);
-  void RunDeclare(const DeclareStatement& declare, Frame& frame);
+  Plan& ValuePlan(const Expression& expression, Frame& frame, std::optional<TypeInfo> type);
+  Plan& ConditionPlan(const IfStatement& branch, Frame& frame);
+  static TypeInfo TypeOf(int32_t variable, const Frame& frame) {
+    return frame.program.Variables()[static_cast<size_t>(variable)].type;
+  }
+  static void Store(int32_t variable, ValueRef value, TypeInfo from, Frame& frame);
+  void SetVariable(int32_t variable, const Expression& expression, Frame& frame);
   Flow RunIf(const IfStatement& branch, Frame& frame);
-  void RunExecute(const ExecuteStatement& execute, Frame& frame);
-  void RunTransaction(TransactionVerb verb);
+  Flow RunExecute(const ExecuteStatement& execute, Frame& frame);
+  void RunTransaction(const TransactionStatement& transaction);
+  void RunSetOption(const SetOptionStatement& set);
   void RunIdentityInsert(const IdentityInsertStatement& identity);
   void RunRaiseError(const RaiseErrorStatement& raise, Frame& frame);
   void RunSchemaChange(const Statement& statement, Frame& frame);
@@ -61,8 +69,11 @@ class Runner {
   };
   Arguments Evaluate(const ExecuteStatement& execute, const CreateProcedureStatement& procedure,
                      Frame& frame);
-  int32_t RunProcedure(Program& program, std::vector<TypedValue>& values,
-                       const std::vector<bool>& given);
+  std::shared_ptr<Program> ProcedureNamed(TextView name);  // 2812
+  // Where it was not left, `values` become what they are at the end.
+  Flow RunProcedure(Program& program, std::vector<TypedValue>& values,
+                    const std::vector<bool>& given, int32_t& returnValue);
+  void DropTemporaryTables(int64_t lastKept);
 
   TypedValue Evaluate(const Expression& expression, Frame& frame,
                       std::optional<TypeInfo> type = std::nullopt);
@@ -73,13 +84,17 @@ class Runner {
   BindInput InputOf(Frame& frame);
   template <typename Bind>
   Plan& PlanOf(const void* node, Frame& frame, Bind bind) {
-    return frame.program.PlanOf(node, session_.Objects(), frame.literals, bind);
+    binding_ = true;
+    Plan& plan = frame.program.PlanOf(node, session_.Objects(), frame.literals, bind);
+    binding_ = false;
+    return plan;
   }
   bool Gathers() const { return !batch_.failure.has_value(); }
 
   Session& session_;
   Batch& batch_;
   int32_t depth_ = 0;
+  bool binding_ = false;  // also when it failed
 };
 
 // Why a table refused a row, in the server's words.

@@ -155,6 +155,12 @@ class TableMaker {
       if (!whole) throw Unsupported(u"an identity column of this type", definition.line);
       column.nullable = false;
     }
+    if (column.identity && definition.nullable.value_or(false)) {
+      throw ServerFailure(8147,
+                          u"Could not create IDENTITY attribute on nullable column '" +
+                              column.name + u"', table '" + table_.name + u"'.",
+                          definition.line);
+    }
     table_.columns.push_back(std::move(column));
   }
 
@@ -165,6 +171,7 @@ class TableMaker {
     constraint.parent = definition.parent;
     constraint.parentColumns = definition.parentColumns;
     constraint.name = definition.name.empty() ? GeneratedName(definition) : definition.name;
+    RequireNewName(constraint.name, definition.line);
     for (const Text& name : constraint.columns) RequireKeyColumn(name, definition);
     if (constraint.kind == ConstraintKind::PrimaryKey) {
       if (table_.PrimaryKey()) {
@@ -172,16 +179,41 @@ class TableMaker {
             8110, u"Cannot add multiple PRIMARY KEY constraints to table '" + table_.name + u"'.",
             definition.line);
       }
-      for (ColumnInfo& column : table_.columns) {
-        for (const Text& name : constraint.columns) {
-          if (EqualsIgnoreAsciiCase(name, column.name)) column.nullable = false;
+      for (size_t i = 0; i < table_.columns.size(); ++i) {
+        ColumnInfo& column = table_.columns[i];
+        if (std::ranges::none_of(constraint.columns, [&](const Text& name) {
+              return EqualsIgnoreAsciiCase(name, column.name);
+            })) {
+          continue;
         }
+        if (statement_.columns[i].nullable.value_or(false)) {
+          throw ServerFailure(
+              8111,
+              u"Cannot define PRIMARY KEY constraint on nullable column in table '" + table_.name +
+                  u"'.",
+              definition.line);
+        }
+        column.nullable = false;
       }
     }
     if (constraint.kind == ConstraintKind::Check)
       checks_.push_back({constraint.name, definition.check});
     if (constraint.kind == ConstraintKind::ForeignKey) PrepareForeignKey(constraint, definition);
     table_.constraints.push_back(std::move(constraint));
+  }
+
+  // Constraints share one set of names with everything else.
+  void RequireNewName(const Text& name, int32_t line) const {
+    const auto has = [&](const ObjectInfo& object) {
+      return std::ranges::any_of(object.constraints, [&](const ConstraintInfo& other) {
+        return EqualsIgnoreAsciiCase(other.name, name);
+      });
+    };
+    const bool taken = catalog_.Find(name) || has(table_) ||
+                       std::ranges::any_of(catalog_.Objects(), [&](const auto& entry) {
+                         return entry.second->temporary == table_.temporary && has(*entry.second);
+                       });
+    if (taken) throw AtLine(AlreadyAnObject(name), line);
   }
 
   void RequireKeyColumn(const Text& name, const ConstraintDefinition& definition) const {
@@ -311,25 +343,26 @@ void CheckDroppable(const Catalog& catalog, const ObjectInfo& table) {
   }
 }
 
+// The table of an index in lower case; "" when there is no index of that name.
+Text TableOfIndex(Database& database, const std::string& schema, TextView index) {
+  Prepared find = database.Prepare("SELECT tbl_name FROM " + schema +
+                                       "sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
+                                       "NOCASE",
+                                   false);
+  const Value name = ToUtf8(index);
+  find.Bind(1, name);
+  return find.Step(database) ? ToLower(FromUtf8(find.Column(0).Text())) : Text();
+}
+
 void DropIndex(Database& database, Catalog& catalog, const DropStatement& statement) {
   for (const Text& name : statement.names) {
     SchemaChange change(database, catalog);
     const ObjectPtr table = RequireTable(catalog, statement.table);
     const std::string schema = table->Schema();
-    Prepared find = database.Prepare("SELECT count(*) FROM " + schema +
-                                         "sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
-                                         "NOCASE AND tbl_name = ?2 COLLATE NOCASE",
-                                     false);
-    const Value index = ToUtf8(name);
-    const Value owner = ToUtf8(table->name);
-    find.Bind(1, index);
-    find.Bind(2, owner);
-    find.Step(database);
-    if (find.Column(0).Integer() == 0) {
+    if (TableOfIndex(database, schema, name) != ToLower(table->name)) {
       if (statement.ifExists) continue;
       throw CannotDrop(u"index", statement.table + u"." + name);
     }
-    find.Reset();
     for (const ConstraintInfo& constraint : table->constraints) {
       if (constraint.kind != ConstraintKind::UniqueIndex &&
           EqualsIgnoreAsciiCase(constraint.name, name)) {
@@ -359,6 +392,13 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
           1911, u"Column name '" + column + u"' does not exist in the target table or view.");
     }
   }
+  const Text other = TableOfIndex(database, table->Schema(), statement.index);
+  if (other == ToLower(table->name)) {
+    throw ServerFailure(1913, u"The operation failed because an index or statistics with name '" +
+                                  statement.index + u"' already exists on table '" + table->name +
+                                  u"'.");
+  }
+  if (!other.empty()) throw Unsupported(u"one name for indexes of two tables");
   try {
     if (statement.unique) {
       TableMaker::MakeUniqueIndex(database, *table, statement.index, statement.columns);
@@ -395,11 +435,7 @@ void CreateView(Database& database, Catalog& catalog, const CreateViewStatement&
   view.name = statement.name;
   view.kind = ObjectKind::View;
   view.definition = statement.definition;
-  if (!statement.columnNames.empty() && statement.columnNames.size() != plan.columns.size()) {
-    throw ServerFailure(8158, u"'" + view.name +
-                                  u"' has more columns than were specified in the "
-                                  u"column list.");
-  }
+  CheckColumnList(statement.columnNames, plan.columns.size(), view.name, 0);
   for (size_t i = 0; i < plan.columns.size(); ++i) {
     ColumnInfo column;
     column.name = statement.columnNames.empty() ? plan.columns[i].name : statement.columnNames[i];
@@ -409,6 +445,12 @@ void CreateView(Database& database, Catalog& catalog, const CreateViewStatement&
                           u"Create View or Function failed because no column name was "
                           u"specified for column " +
                               NumberText(static_cast<int64_t>(i + 1)) + u".");
+    }
+    if (view.Find(column.name)) {
+      throw ServerFailure(4506,
+                          u"Column names in each view or function must be unique. Column name '" +
+                              column.name + u"' in view or function '" + view.name +
+                              u"' is specified more than once.");
     }
     view.columns.push_back(std::move(column));
   }
@@ -434,9 +476,16 @@ void Drop(Database& database, Catalog& catalog, const DropStatement& statement) 
   for (const Text& name : statement.names) {
     SchemaChange change(database, catalog);
     const ObjectPtr object = catalog.Find(name);
-    if (!object || object->kind != statement.kind) {
+    const Text kind(kKinds[static_cast<size_t>(statement.kind)]);
+    if (!object) {
       if (statement.ifExists) continue;
-      throw CannotDrop(kKinds[static_cast<size_t>(statement.kind)], name);
+      throw CannotDrop(kind, name);
+    }
+    if (object->kind != statement.kind) {
+      const Text is(kKinds[static_cast<size_t>(object->kind)]);
+      throw ServerFailure(3705, u"Cannot use DROP " + ToUpper(kind) + u" with '" + name +
+                                    u"' because '" + name + u"' is a " + is + u". Use DROP " +
+                                    ToUpper(is) + u".");
     }
     if (object->kind == ObjectKind::Table) {
       CheckDroppable(catalog, *object);

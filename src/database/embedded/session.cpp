@@ -96,8 +96,11 @@ void Session::EndReading() noexcept {
   end_.Reset();
 }
 
-void Session::BeginTransaction() {
-  if (state_.transactionCount == 0) database_.Execute("BEGIN IMMEDIATE");
+void Session::BeginTransaction(const Text& name) {
+  if (state_.transactionCount == 0) {
+    database_.Execute("BEGIN IMMEDIATE");
+    state_.transactionName = name;
+  }
   ++state_.transactionCount;
 }
 
@@ -114,10 +117,14 @@ void Session::CommitTransaction() {
   --state_.transactionCount;
 }
 
-void Session::RollbackTransaction() {
+void Session::RollbackTransaction(const Text& name) {
   if (state_.transactionCount == 0) {
     throw ServerFailure(
         3903, u"The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+  }
+  if (!name.empty() && name != state_.transactionName) {
+    throw ServerFailure(6401, u"Cannot roll back " + name +
+                                  u". No transaction or savepoint of that name was found.");
   }
   TakeBack();
 }

@@ -11,7 +11,10 @@ namespace vellum250::database::embedded {
 // What a client's connection changes as it goes; begun anew for each.
 struct SessionState {
   bool noCount = false;
+  bool xactAbort = false;
+  bool quotedTexts = false;  // SET QUOTED_IDENTIFIER OFF
   int32_t transactionCount = 0;
+  Text transactionName;  // of the outermost one
   int64_t rowCount = 0;
   int32_t error = 0;           // @@ERROR
   Value identity;              // @@IDENTITY
@@ -47,9 +50,9 @@ class Session {
   bool BeginReading();
   void EndReading() noexcept;
 
-  void BeginTransaction();
-  void CommitTransaction();    // 3902
-  void RollbackTransaction();  // 3903
+  void BeginTransaction(const Text& name);
+  void CommitTransaction();                    // 3902
+  void RollbackTransaction(const Text& name);  // 3903; 6401 when it has another name
   // Rolls back what is open, if anything.
   void EndTransactions() noexcept;
   // Before a batch: takes back what a failure has left half begun or half ended.

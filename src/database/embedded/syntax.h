@@ -24,7 +24,7 @@ enum class ExpressionKind : uint8_t {
   Literal,  // index
   Null,
   Marker,          // index
-  Variable,        // name, with its @
+  Variable,        // index
   SystemVariable,  // name, with its @@
   Column,          // qualifier (may be empty), name
   Star,            // the * of count(*)
@@ -85,11 +85,14 @@ struct Expression {
 
 inline bool IsCondition(const Expression& e) { return e.kind >= ExpressionKind::Compare; }
 
+// No variable, where one may be named.
+inline constexpr int32_t kNoVariable = -1;
+
 struct SelectItem {
   ExpressionPtr value;  // nullptr for *
   Text qualifier;       // of x.*
   Text alias;
-  Text variable;  // of @v = value
+  int32_t variable = kNoVariable;  // of @v = value
 };
 
 enum class JoinKind : uint8_t { Inner, Left, Right, Full, Cross };
@@ -232,23 +235,14 @@ struct DropStatement {
   Text table;  // of an index
 };
 
-struct DeclareStatement {
-  struct Variable {
-    Text name;
-    TypeInfo type{};
-    ExpressionPtr value;
-  };
-  std::vector<Variable> variables;
-};
-
 struct SetVariableStatement {
-  Text variable;
+  int32_t variable = kNoVariable;
   ExpressionPtr value;
 };
 
-enum class SessionOption : uint8_t { Ignored, NoCount };
+enum class SessionOption : uint8_t { Ignored, NoCount, XactAbort, QuotedIdentifier };
 struct SetOptionStatement {
-  SessionOption option = SessionOption::Ignored;
+  std::vector<SessionOption> options;
   bool on = false;
 };
 
@@ -279,6 +273,7 @@ struct RaiseErrorStatement {
 enum class TransactionVerb : uint8_t { Begin, Commit, Rollback };
 struct TransactionStatement {
   TransactionVerb verb = TransactionVerb::Begin;
+  Text name;  // "" when none was given
 };
 
 struct ExecuteStatement {
@@ -288,7 +283,7 @@ struct ExecuteStatement {
     bool output = false;
   };
   Text procedure;
-  Text returnVariable;
+  int32_t returnVariable = kNoVariable;
   std::vector<Argument> arguments;
 };
 
@@ -297,16 +292,21 @@ struct Statement {
   size_t index = 0;  // within the batch, nested ones counted too
   std::variant<SelectStatement, InsertStatement, UpdateStatement, DeleteStatement,
                CreateTableStatement, CreateIndexStatement, CreateProcedureStatement,
-               CreateViewStatement, DropStatement, DeclareStatement, SetVariableStatement,
-               SetOptionStatement, IdentityInsertStatement, IfStatement, BlockStatement,
-               ReturnStatement, PrintStatement, RaiseErrorStatement, TransactionStatement,
-               ExecuteStatement>
+               CreateViewStatement, DropStatement, SetVariableStatement, SetOptionStatement,
+               IdentityInsertStatement, IfStatement, BlockStatement, ReturnStatement,
+               PrintStatement, RaiseErrorStatement, TransactionStatement, ExecuteStatement>
       node;
+};
+
+struct VariableInfo {
+  Text name;
+  TypeInfo type;
 };
 
 struct SyntaxTree {
   Block statements;
-  size_t statementCount = 0;  // nested ones counted
+  // Parameters first; a DECLARE counts for everything behind it, whatever block it stands in.
+  std::vector<VariableInfo> variables;
   // Literals that went into the tree itself (the 10 of varchar(10)): their values belong to the
   // shape. A batch that defines something keeps its text, and is never reused.
   std::vector<int32_t> pinned;
