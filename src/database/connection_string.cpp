@@ -8,6 +8,8 @@ namespace vellum250::database {
 
 namespace {
 
+constexpr TextView kPasswordWords[] = {u"password", u"pwd", u"secret"};
+
 bool IsBlank(char16_t c) { return c == u' ' || (c >= u'\t' && c <= u'\r'); }
 
 TextView WithoutBlanks(TextView text) {
@@ -89,6 +91,20 @@ class Reader {
   int64_t count_ = 0;
 };
 
+// How long "=" and the value behind it are at the beginning of a text; all of it when the value
+// cannot be read.
+size_t ValueLength(TextView text) {
+  const Text entry = u"x" + Text(text);
+  Reader reader(entry);
+  ConnectionString::Entry value;
+  try {
+    reader.Next(value);
+    return reader.Position() - 1;
+  } catch (const DatabaseFailure&) {
+    return text.size();
+  }
+}
+
 // Whether a value would be read otherwise when it stood there plainly.
 bool NeedsBraces(TextView value) {
   return value.find_first_of(u";{}") != TextView::npos || value.starts_with(u'"') ||
@@ -147,7 +163,8 @@ bool SameKey(TextView a, TextView b) { return PlainKey(a) == PlainKey(b); }
 
 bool IsPasswordKey(TextView key) {
   const Text plain = PlainKey(key);
-  return plain.find(u"password") != Text::npos || plain.find(u"pwd") != Text::npos;
+  return std::ranges::any_of(kPasswordWords,
+                             [&](TextView word) { return plain.find(word) != Text::npos; });
 }
 
 Text WithoutPasswords(TextView text) {
@@ -168,6 +185,48 @@ Text WithoutPasswords(TextView text) {
   } catch (const DatabaseFailure&) {
     return result.append(u"***");
   }
+}
+
+Text WithoutPasswords(TextView message, std::span<const Text> passwords, bool alsoParts) {
+  constexpr size_t kPart = 4;
+  const Text lower = ToAsciiLower(message);
+  std::vector<bool> hidden(message.size());
+  const auto hide = [&](size_t from, size_t to) {
+    std::fill(hidden.begin() + static_cast<std::ptrdiff_t>(from),
+              hidden.begin() + static_cast<std::ptrdiff_t>(to), true);
+  };
+  for (const Text& password : passwords) {
+    // As it is, and with the closing mark doubled.
+    for (TextView mark : {u"", u"}", u"\"", u"'"}) {
+      const Text written =
+          ToAsciiLower(mark.empty() ? password : ReplaceAll(password, mark, Text(mark) += mark));
+      const size_t length = alsoParts ? std::min(written.size(), kPart) : written.size();
+      for (size_t part = 0; part + length <= written.size(); ++part) {
+        const TextView sought = TextView(written).substr(part, length);
+        for (size_t at = lower.find(sought); at != Text::npos; at = lower.find(sought, at + 1)) {
+          hide(at, at + length);
+        }
+      }
+    }
+  }
+  // Also those that are not known here: a data source has passwords of its own.
+  for (size_t equals = lower.find(u'='); equals != Text::npos;
+       equals = lower.find(u'=', equals + 1)) {
+    const TextView key = WithoutBlanks(TextView(lower).substr(0, equals));
+    if (!std::ranges::any_of(kPasswordWords, [&](TextView word) { return key.ends_with(word); })) {
+      continue;
+    }
+    hide(equals + 1, equals + ValueLength(message.substr(equals)));
+  }
+  Text result;
+  for (size_t i = 0; i < message.size(); ++i) {
+    if (!hidden[i]) {
+      result.push_back(message[i]);
+    } else if (i == 0 || !hidden[i - 1]) {
+      result.append(u"***");
+    }
+  }
+  return result;
 }
 
 }  // namespace vellum250::database

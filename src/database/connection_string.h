@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "automation/text.h"
@@ -41,11 +42,16 @@ class ConnectionString {
 
 // Whether two keys are one: without regard to case and to blanks.
 bool SameKey(TextView a, TextView b);
-// "PWD", "Password" and longer keys that hold one of them ("Database Password").
+// "PWD", "Password", "Secret" and longer keys that hold one of them ("Database Password").
 bool IsPasswordKey(TextView key);
 
 // `text` with every value of a password key replaced by "***", and with all replaced that follows
 // the point from which it cannot be read: for messages.
 Text WithoutPasswords(TextView text);
+
+// A driver's message with "***" in place of every password, whether it stands there as it is, as
+// the connection string writes it, or behind a password's key, and without regard to case.
+// `alsoParts` hides any four characters in a row of a password as well.
+Text WithoutPasswords(TextView message, std::span<const Text> passwords, bool alsoParts);
 
 }  // namespace vellum250::database

@@ -107,5 +107,35 @@ TEST(ConnectionString, HidesPasswords) {
   for (const auto& c : cases) EXPECT_EQ(WithoutPasswords(c.text), c.shown) << ToUtf8(c.text);
 }
 
+TEST(ConnectionString, HidesPasswordsInMessages) {
+  const struct {
+    std::vector<Text> passwords;
+    const char16_t* message;
+    bool alsoParts;
+    const char16_t* shown;
+  } cases[] = {
+      {{}, u"", true, u""},
+      {{}, u"a = b; x", true, u"a = b; x"},
+      {{u"s3cret"}, u"for s3cret and S3CRET", false, u"for *** and ***"},
+      {{u"a;b}c"}, u"Driver=x;PWD={a;b}}c};UID=a", false, u"Driver=x;PWD=***;UID=a"},
+      {{u"a;b}c"}, u"in '{a;b}}c}'", false, u"in '{***}'"},
+      {{u"it's"}, u"as 'it''s'", false, u"as '***'"},
+      {{u"s3", u"s3cret"}, u"s3cret s3", false, u"*** ***"},
+      {{u"aa"}, u"aaa", false, u"***"},
+      // A data source's own, and one that the driver has cut off.
+      {{}, u"for Password = x; UID=a", false, u"for Password =***; UID=a"},
+      {{}, u"(PASSWORD={a;b}}c}; x) {pwd=\"a;", false, u"(PASSWORD=***; x) {pwd=***"},
+      {{u"s3cret"}, u"pwd=s3cr", false, u"pwd=***"},
+      // A driver that ends the value at the first ";" takes the rest for a keyword.
+      {{u"a;b}}tail"}, u"Invalid keyword 'b}}tail'", true, u"Invalid keyword '***'"},
+      {{u"s3cret"}, u"near '3cre' and 's3c'", true, u"near '***' and 's3c'"},
+      {{u"members1"}, u"no table members", false, u"no table members"},
+      {{u"x"}, u"axb", true, u"a***b"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(WithoutPasswords(c.message, c.passwords, c.alsoParts), c.shown) << ToUtf8(c.message);
+  }
+}
+
 }  // namespace
 }  // namespace vellum250::database

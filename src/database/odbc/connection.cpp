@@ -141,8 +141,14 @@ std::unique_ptr<Connection> Open(const ConnectionString& connectionString) {
   const SQLULEN commandTimeout = Seconds(connectionString, kCommandTimeout, 30);
   const ConnectionString forDriver = ForDriver(connectionString);
   Link link(forDriver, connectTimeout);
-  // One that died in the pool: nothing has been sent yet, so that another may take its place.
-  if (link.IsDead()) link = Link(forDriver, connectTimeout);
+  // Those that died in the pool: nothing has been sent yet, so that another may take their place.
+  // They are kept until then, lest the pool hand them out again.
+  constexpr size_t kMostDead = 100;
+  std::vector<Link> dead;
+  while (dead.size() < kMostDead && link.IsDead()) {
+    dead.push_back(std::move(link));
+    link = Link(forDriver, connectTimeout);
+  }
   return std::make_unique<OdbcConnection>(std::move(link), commandTimeout);
 }
 

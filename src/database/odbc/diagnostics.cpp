@@ -4,6 +4,8 @@
 #include <array>
 #include <optional>
 
+#include "database/connection_string.h"
+
 namespace vellum250::database::odbc {
 
 namespace {
@@ -55,7 +57,8 @@ int32_t NumberOf(TextView state) {
   if (state.starts_with(u"42")) return kSyntaxFailure;
   if (state.starts_with(u"23")) return kConstraintFailure;
   if (state.starts_with(u"28")) return kLogonFailure;
-  if (state == u"HYT00") return kTimeoutFailure;
+  // PostgreSQL's driver passes the server's own state on.
+  if (state == u"HYT00" || state == u"57014") return kTimeoutFailure;
   return kUnspecifiedFailure;
 }
 
@@ -78,10 +81,9 @@ DatabaseFailure FailureOf(SQLSMALLINT handleType, SQLHANDLE handle,
   if (!record || record->message.empty()) {
     return DatabaseFailure(kUnspecifiedFailure, kSource, u"The ODBC driver failed without a word");
   }
-  for (const Text& password : passwords) {
-    record->message = ReplaceAll(record->message, password, u"***");
-  }
-  return DatabaseFailure(NumberOf(record->state), kSource, std::move(record->message),
+  // A connection's failures may be about the connection string, which a driver quotes in parts.
+  return DatabaseFailure(NumberOf(record->state), kSource,
+                         WithoutPasswords(record->message, passwords, handleType == SQL_HANDLE_DBC),
                          record->native, LineOf(handleType, handle, number));
 }
 

@@ -1,9 +1,64 @@
 #include "database/odbc/link.h"
 
-#include <array>
+#include <chrono>
 #include <limits>
+#include <mutex>
+#include <unordered_map>
 
 namespace vellum250::database::odbc {
+
+namespace {
+
+SQLHANDLE DriverHandle(SQLHANDLE link) {
+  SQLHANDLE driver = nullptr;
+  SQLSMALLINT bytes = 0;
+  const bool told = SQL_SUCCEEDED(SQLGetInfoW(link, SQL_DRIVER_HDBC, static_cast<void*>(&driver),
+                                              SQLSMALLINT{sizeof driver}, &bytes));
+  return told ? driver : nullptr;
+}
+
+// When connections were used last, by the driver's handle, which stays the same in the pool.
+class Uses {
+ public:
+  // Whether a connection that is opened has been in the pool for so long that its server may have
+  // been started anew. Between the statements of one page nothing is asked.
+  bool HasRested(SQLHANDLE driver) {
+    constexpr std::chrono::milliseconds kRest(100);
+    const auto now = Clock::now();
+    const std::lock_guard lock(mutex_);
+    const auto [use, isFirst] = last_.try_emplace(driver, now);
+    return !isFirst && now - use->second > kRest;
+  }
+
+  void End(SQLHANDLE driver) {
+    const std::lock_guard lock(mutex_);
+    if (const auto use = last_.find(driver); use != last_.end()) use->second = Clock::now();
+  }
+
+  // From now on all count as rested: where one has lost its server, so have the others.
+  void Doubt() {
+    const std::lock_guard lock(mutex_);
+    for (auto& use : last_) use.second = {};
+  }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  std::mutex mutex_;
+  std::unordered_map<SQLHANDLE, Clock::time_point> last_;
+};
+
+Uses& LastUses() {
+  static Uses uses;
+  return uses;
+}
+
+void Run(const Statement& statement, TextView sql) {
+  statement.Check(
+      SQLExecDirectW(statement.get(), Wide(sql.data()), static_cast<SQLINTEGER>(sql.size())));
+}
+
+}  // namespace
 
 Link::Link(const ConnectionString& connectionString, SQLULEN timeout)
     : passwords_(connectionString.Passwords()), handle_(Environment()) {
@@ -25,6 +80,11 @@ Link::Link(const ConnectionString& connectionString, SQLULEN timeout)
 
 Link::~Link() {
   if (!handle_) return;
+  if (isDoubtful_) {
+    LastUses().Doubt();
+  } else {
+    LastUses().End(DriverHandle(handle_.get()));
+  }
   if (SQL_SUCCEEDED(SQLDisconnect(handle_.get()))) return;
   // A driver refuses while a transaction is open.
   SQLEndTran(SQL_HANDLE_DBC, handle_.get(), SQL_ROLLBACK);
@@ -33,31 +93,33 @@ Link::~Link() {
 
 bool Link::IsDead() const {
   SQLUINTEGER dead = SQL_CD_FALSE;
-  return SQL_SUCCEEDED(SQLGetConnectAttrW(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &dead,
-                                          SQL_IS_UINTEGER, nullptr)) &&
-         dead == SQL_CD_TRUE;
-}
-
-bool Link::IsSqlServer() const {
-  std::array<char16_t, 64> name{};
-  SQLSMALLINT bytes = 0;
-  return SQL_SUCCEEDED(SQLGetInfoW(handle_.get(), SQL_DBMS_NAME, name.data(),
-                                   SQLSMALLINT{sizeof(name)}, &bytes)) &&
-         UpToZero({name.data(), name.size()}).find(u"SQL Server") != TextView::npos;
+  if (SQL_SUCCEEDED(SQLGetConnectAttrW(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &dead,
+                                       SQL_IS_UINTEGER, nullptr)) &&
+      dead == SQL_CD_TRUE) {
+    return true;
+  }
+  if (!LastUses().HasRested(DriverHandle(handle_.get()))) return false;
+  constexpr SQLULEN kTimeout = 5;
+  try {
+    Run(Statement(*this, kTimeout), u"SELECT 1");
+    return false;
+  } catch (const DatabaseFailure& failure) {
+    // A server to which this is no statement is there all the same.
+    return failure.Number() != kSyntaxFailure;
+  }
 }
 
 void Link::RollBack() noexcept {
   // In auto-commit mode ODBC's own way does not reach a transaction that a batch has begun in SQL.
   SQLEndTran(SQL_HANDLE_DBC, handle_.get(), SQL_ROLLBACK);
-  const TextView sql =
-      IsSqlServer() ? TextView(u"IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION") : TextView(u"ROLLBACK");
   constexpr SQLULEN kTimeout = 30;
-  try {
-    const Statement statement(*this, kTimeout);
-    statement.Check(
-        SQLExecDirectW(statement.get(), Wide(sql.data()), static_cast<SQLINTEGER>(sql.size())));
-  } catch (const DatabaseFailure&) {
-    // Most often there was nothing to take back.
+  // SQL Server's, to which nothing to take back is no failure, and everybody's.
+  for (TextView sql : {u"IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION", u"ROLLBACK"}) {
+    try {
+      return Run(Statement(*this, kTimeout), sql);
+    } catch (const DatabaseFailure&) {
+      // Of the last one most often because there was nothing.
+    }
   }
 }
 
@@ -68,6 +130,7 @@ Statement::Statement(const Link& link, SQLULEN timeout) : link_(link), handle_(l
 
 void Statement::Raise(SQLRETURN result) const {
   const DatabaseFailure failure = FailureOf(SQL_HANDLE_STMT, handle_.get(), link_.Passwords());
+  if (failure.Number() == kUnspecifiedFailure || failure.Number() == kTimeoutFailure) link_.Doubt();
   // A statement that waits for data, which nothing here sends, could not be freed.
   if (result == SQL_NEED_DATA) SQLCancel(handle_.get());
   throw failure;

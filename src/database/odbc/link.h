@@ -22,18 +22,21 @@ class Link {
   SQLHANDLE get() const { return handle_.get(); }
   std::span<const Text> Passwords() const { return passwords_; }
 
-  // Whether the driver knows that the server is gone. Asks nobody.
+  // Whether it died in the pool. Asks the driver, and the server as well when it has rested there
+  // or has failed before: many drivers find out only by speaking to it.
   bool IsDead() const;
 
   // Takes back whatever is not committed. Never fails: a link for which it did is of no use to
   // anybody, and the driver manager finds that out.
   void RollBack() noexcept;
 
- private:
-  bool IsSqlServer() const;
+  // A failure that may mean that the server is gone.
+  void Doubt() const { isDoubtful_ = true; }
 
+ private:
   std::vector<Text> passwords_;
   Handle<SQL_HANDLE_DBC> handle_;
+  mutable bool isDoubtful_ = false;
 };
 
 class Statement {

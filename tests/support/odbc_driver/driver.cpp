@@ -4,7 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <memory>
+#include <type_traits>
 
 #include "support/odbc_driver/script.h"
 
@@ -28,6 +30,13 @@ struct Handle {
 };
 
 struct Link : Handle {
+  // No address comes twice: a new connection must not look like one that was given back.
+  static void* operator new(size_t) {
+    static std::deque<std::aligned_storage_t<128>> memory;
+    return &memory.emplace_back();
+  }
+  static void operator delete(void*) {}
+
   bool connected = false;
   bool transaction = false;
   bool dead = false;
@@ -37,6 +46,8 @@ struct Link : Handle {
     transaction = open;
   }
 };
+
+static_assert(sizeof(Link) <= 128);
 
 struct Bound {
   SQLSMALLINT direction = SQL_PARAM_INPUT;
@@ -323,7 +334,9 @@ SQLRETURN SQL_API SQLExecDirectW(SQLHSTMT handle, SQLWCHAR* text, SQLINTEGER len
   // The second is a procedure that does so, called by its bare name.
   if (sql == u"BEGIN TRANSACTION" || sql == u"update_and_leave_open")
     statement.link->SetTransaction(true);
-  if (sql == u"IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION") statement.link->SetTransaction(false);
+  if (sql == u"IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION" || sql == u"ROLLBACK") {
+    statement.link->SetTransaction(false);
+  }
   ScriptAnswer answer = Answer(sql);
   if (answer.executed == SQL_ERROR) {
     return Error(statement, {answer.state, answer.native, answer.message});
@@ -435,17 +448,21 @@ SQLRETURN SQL_API SQLMoreResults(SQLHSTMT handle) {
 
 SQLRETURN SQL_API SQLFreeStmt(SQLHSTMT, SQLUSMALLINT) { return SQL_SUCCESS; }
 SQLRETURN SQL_API SQLCloseCursor(SQLHSTMT) { return SQL_SUCCESS; }
-SQLRETURN SQL_API SQLCancel(SQLHSTMT) { return SQL_SUCCESS; }
+SQLRETURN SQL_API SQLCancel(SQLHSTMT handle) {
+  return Call("SQLCancel", static_cast<Handle*>(handle)).failure.value_or(SQL_SUCCESS);
+}
 
 SQLRETURN SQL_API SQLGetDiagRecW(SQLSMALLINT, SQLHANDLE handle, SQLSMALLINT number, SQLWCHAR* state,
                                  SQLINTEGER* native, SQLWCHAR* message, SQLSMALLINT room,
                                  SQLSMALLINT* length) {
   const auto& diagnostic = static_cast<Handle*>(handle)->diagnostic;
   if (number != 1 || !diagnostic) return SQL_NO_DATA;
+  const Call call("SQLGetDiagRecW", nullptr);
+  if (call.failure) return *call.failure;
   CopyText(diagnostic->state, state, SQL_SQLSTATE_SIZE + 1);
   *native = diagnostic->native;
   CopyText(diagnostic->message, message, room);
-  *length = static_cast<SQLSMALLINT>(diagnostic->message.size());
+  *length = call.Told<SQLSMALLINT>(static_cast<SQLSMALLINT>(diagnostic->message.size()), -9, 32767);
   return SQL_SUCCESS;
 }
 
@@ -454,7 +471,9 @@ SQLRETURN SQL_API SQLGetDiagFieldW(SQLSMALLINT, SQLHANDLE handle, SQLSMALLINT nu
   constexpr SQLSMALLINT kLineField = -1154;  // as SQL Server's drivers have it
   if (number != 1 || !static_cast<Handle*>(handle)->diagnostic) return SQL_NO_DATA;
   if (field != kLineField) return SQL_ERROR;
-  *static_cast<SQLINTEGER*>(value) = kFailureLine;
+  const Call call("SQLGetDiagFieldW", nullptr);
+  if (call.failure) return *call.failure;
+  *static_cast<SQLINTEGER*>(value) = call.Told<SQLINTEGER>(kFailureLine, -1, 2147483647);
   return SQL_SUCCESS;
 }
 
