@@ -224,7 +224,7 @@ class Playground {
     const int64_t changes = sqlite3_total_changes64(Handle());
     const uint64_t generation = session_.Objects().Generation();
     commits_ = 0;
-    if (inTransaction) session_.BeginTransaction();
+    if (inTransaction) RunOwn(u"BEGIN TRAN");
     Outcome outcome;
     if (sql.find(u"#work") != TextView::npos) outcome.outOfTime = !RunOwn(kWorkTable);
     try {

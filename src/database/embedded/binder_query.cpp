@@ -99,7 +99,7 @@ class QueryBinder {
     }
     bool one = grouped && core.groupBy.empty();
     if (core.top) {
-      bound.limit = Top(*core.top, scope);
+      bound.limit = Top(*core.top);
       one = one || IsOne(*core.top);
     }
     bound.singleRow = one || core.from.empty();
@@ -190,7 +190,9 @@ class QueryBinder {
                                  u"query.");
   }
 
-  std::string Top(const Expression& top, Scope& scope) {
+  // No column is in reach of it.
+  std::string Top(const Expression& top) {
+    Scope scope;
     Typed value = binder_.Bind(top, scope);
     if (value.isNull || ClassOf(value.type.type) != TypeClass::Whole) {
       throw ServerFailure(1060,
