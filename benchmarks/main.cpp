@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
     vellum250::RegisterHtmlEncode(folder);
     vellum250::RegisterBuildAddress(folder);
     vellum250::RegisterAmmendLocation(folder);
+    vellum250::RegisterOdbc(folder);
     benchmark::RunSpecifiedBenchmarks();
   } catch (const vellum250::Failure& failure) {
     std::cerr << failure.what() << '\n';

@@ -150,6 +150,9 @@ function main() {
   line('BuildAddress: fastest template / core', fastest / t('BuildAddress'), 'at least 10');
   line('BuildAddress: fastest template / addon', fastest / t('addon'), 'at least 1');
   line('AmmendLocation that updates: ours / same statements in SQLite', t('AmmendLocation') / t('SQLite'), 'at most 2');
+  for (const kind of ['scalar', 'rows', 'insert']) {
+    line(`Through ODBC, ${kind}: ours / bare ODBC calls`, t(`Odbc/${kind}`) / t(`BareOdbc/${kind}`), 'at most 1.2');
+  }
   console.log('\nNanoseconds a call, median of', rounds, 'rounds (for orientation only):');
   for (const [name, values] of times) console.log(' ', name.padEnd(24), median(values).toFixed(0).padStart(10));
 }

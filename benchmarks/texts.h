@@ -23,5 +23,6 @@ inline void WriteText(const std::string& path, TextView text) {
 void RegisterHtmlEncode(const std::string& folder);
 void RegisterBuildAddress(const std::string& folder);
 void RegisterAmmendLocation(const std::string& folder);
+void RegisterOdbc(const std::string& folder);
 
 }  // namespace vellum250
