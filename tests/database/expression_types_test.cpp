@@ -244,15 +244,14 @@ TEST(NumericFunctions, KeepTheirType) {
   EXPECT_EQ(Shown([&] { return Floor(w(-27), T("decimal(2,1)")); }), "-3");
   EXPECT_EQ(Shown([&] { return Ceiling(w(21), T("decimal(2,1)")); }), "3");
   EXPECT_EQ(Shown([&] { return Ceiling(w(-10001), T("money")); }), "-10000");
-  EXPECT_EQ(TypeShown([] { return NumericResult(NumericFunction::Floor, T("decimal(9,2)")); }),
-            "decimal(9,0)");
+  EXPECT_EQ(TypeShown([] { return NumericResult(u"floor", T("decimal(9,2)")); }), "decimal(9,0)");
   EXPECT_EQ(Shown([&] { return Abs(w(-2147483648), kInt); }), "!8115");
   EXPECT_EQ(Shown([&] { return Sign(w(-27), T("decimal(2,1)")); }), "-10");
   EXPECT_EQ(Shown([&] { return Power(w(2), 10, kInt); }), "1024");
   EXPECT_EQ(Shown([&] { return Power(w(2), 31, kInt); }), "!232");
   EXPECT_EQ(Shown([&] { return Power(w(25), 2, T("decimal(2,1)")); }), "63");
   EXPECT_EQ(Shown([&] { return Power(-1.0, 0.5, kFloat); }), "!3623");
-  EXPECT_EQ(TypeShown([] { return NumericResult(NumericFunction::Abs, T("datetime")); }), "!8116");
+  EXPECT_EQ(TypeShown([] { return NumericResult(u"abs", T("datetime")); }), "!8116");
 }
 
 }  // namespace

@@ -19,13 +19,6 @@ inline bool EqualsAscii(std::string_view typed, std::string_view word) {
          });
 }
 
-// `number` in exactly `digits` digits.
-inline void PutDigits(char* out, int32_t number, int32_t digits) {
-  for (int32_t i = digits - 1; i >= 0; --i, number /= 10) {
-    out[i] = static_cast<char>('0' + number % 10);
-  }
-}
-
 // The number that `count` digits from `begin` make; what is behind the end does not count, what is
 // no digit is 0.
 inline int32_t GetDigits(std::string_view text, size_t begin, size_t count) {

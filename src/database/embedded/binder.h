@@ -124,6 +124,7 @@ class Binder {
 
   // binder_functions.cpp
   Typed BindCall(const Expression& expression, Scope& scope);
+  Typed BindRuled(const Expression& expression, Scope& scope);
   Typed BindAggregate(const Expression& expression, Scope& scope);
   Typed BindIsNull(const Expression& expression, Scope& scope);
   Typed BindCoalesce(const Expression& expression, Scope& scope);

@@ -11,86 +11,59 @@
 namespace vellum250::database::embedded {
 namespace {
 
-// Text is a value as text, but not one of the types text and ntext; AnyText is any; OnlyText is no
-// number or date.
-enum class Argument : uint8_t { None, Text, AnyText, OnlyText, Int, Float, Any };
-enum class Result : uint8_t { Int, Char, NChar, VarChar, NVarChar, Float, LikeFirst, Guid };
+enum class Result : uint8_t {
+  Int,
+  Char,
+  NChar,
+  VarChar,  // nvarchar when an argument is national
+  NVarChar,
+  Float,
+  LikeFirst,  // a text as the first one
+  Numeric,    // NumericResult
+  Guid,
+};
 
-// A function that is its arguments converted, a call, and a type.
+// The function v_NAME called with its arguments converted: T a value as text, but not one of the
+// types text and ntext; A any text; O a text only, no number or date; I int; F float; * as it is.
 struct Rule {
   TextView name;
-  const char* call;
-  uint8_t least;
-  Argument arguments[4];
+  size_t least;
+  std::string_view arguments;
   Result result;
   bool code = false;  // the first argument's type follows the arguments
 };
-
-constexpr Argument kNone = Argument::None;
-constexpr Rule kRules[] = {
-    {u"len", "v_len", 1, {Argument::Text, kNone}, Result::Int},
-    {u"datalength", "v_datalength", 1, {Argument::Any, kNone}, Result::Int, true},
-    {u"ascii", "v_ascii", 1, {Argument::Text, kNone}, Result::Int},
-    {u"unicode", "v_unicode", 1, {Argument::Text, kNone}, Result::Int},
-    {u"left", "v_left", 2, {Argument::Text, Argument::Int, kNone}, Result::LikeFirst},
-    {u"right", "v_right", 2, {Argument::Text, Argument::Int, kNone}, Result::LikeFirst},
-    {u"substring",
-     "v_substring",
-     3,
-     {Argument::OnlyText, Argument::Int, Argument::Int, kNone},
-     Result::LikeFirst},
-    {u"charindex",
-     "v_charindex",
-     2,
-     {Argument::Text, Argument::AnyText, Argument::Int, kNone},
-     Result::Int},
-    {u"patindex", "v_patindex", 2, {Argument::Text, Argument::AnyText, kNone}, Result::Int},
-    {u"replace",
-     "v_replace",
-     3,
-     {Argument::Text, Argument::Text, Argument::Text, kNone},
-     Result::VarChar},
-    {u"stuff",
-     "v_stuff",
-     4,
-     {Argument::Text, Argument::Int, Argument::Int, Argument::Text},
-     Result::VarChar},
-    {u"ltrim", "v_ltrim", 1, {Argument::Text, kNone}, Result::LikeFirst},
-    {u"rtrim", "v_rtrim", 1, {Argument::Text, kNone}, Result::LikeFirst},
-    {u"upper", "v_upper", 1, {Argument::Text, kNone}, Result::LikeFirst},
-    {u"lower", "v_lower", 1, {Argument::Text, kNone}, Result::LikeFirst},
-    {u"reverse", "v_reverse", 1, {Argument::Text, kNone}, Result::LikeFirst},
-    {u"str", "v_str", 1, {Argument::Float, Argument::Int, Argument::Int, kNone}, Result::VarChar},
-    {u"space", "v_space", 1, {Argument::Int, kNone}, Result::VarChar},
-    {u"replicate", "v_replicate", 2, {Argument::Text, Argument::Int, kNone}, Result::VarChar, true},
-    {u"char", "v_char", 1, {Argument::Int, kNone}, Result::Char},
-    {u"nchar", "v_nchar", 1, {Argument::Int, kNone}, Result::NChar},
-    {u"quotename", "v_quotename", 1, {Argument::Text, Argument::Text, kNone}, Result::NVarChar},
-    {u"isdate", "v_isdate", 1, {Argument::Text, kNone}, Result::Int},
-    {u"isnumeric", "v_isnumeric", 1, {Argument::Any, kNone}, Result::Int, true},
-    {u"sqrt", "v_sqrt", 1, {Argument::Float, kNone}, Result::Float},
-    {u"newid", "v_newid", 0, {kNone}, Result::Guid}};
-
-// A numeric function: the result follows the first argument, and its code is passed.
-struct NumericRule {
-  TextView name;
-  const char* call;
-  NumericFunction function;
-  uint8_t least;
-  uint8_t most;
-};
-constexpr NumericRule kNumericRules[] = {{u"abs", "v_abs", NumericFunction::Abs, 1, 1},
-                                         {u"sign", "v_sign", NumericFunction::Sign, 1, 1},
-                                         {u"floor", "v_floor", NumericFunction::Floor, 1, 1},
-                                         {u"ceiling", "v_ceiling", NumericFunction::Ceiling, 1, 1},
-                                         {u"round", "v_round", NumericFunction::Round, 2, 3},
-                                         {u"power", "v_power", NumericFunction::Power, 2, 2}};
-
-size_t MostArguments(const Rule& rule) {
-  size_t count = 0;
-  while (count < 4 && rule.arguments[count] != Argument::None) ++count;
-  return count;
-}
+constexpr Rule kRules[] = {{u"len", 1, "T", Result::Int},
+                           {u"datalength", 1, "*", Result::Int, true},
+                           {u"ascii", 1, "T", Result::Int},
+                           {u"unicode", 1, "T", Result::Int},
+                           {u"left", 2, "TI", Result::LikeFirst},
+                           {u"right", 2, "TI", Result::LikeFirst},
+                           {u"substring", 3, "OII", Result::LikeFirst},
+                           {u"charindex", 2, "TAI", Result::Int},
+                           {u"patindex", 2, "TA", Result::Int},
+                           {u"replace", 3, "TTT", Result::VarChar},
+                           {u"stuff", 4, "TIIT", Result::VarChar},
+                           {u"ltrim", 1, "T", Result::LikeFirst},
+                           {u"rtrim", 1, "T", Result::LikeFirst},
+                           {u"upper", 1, "T", Result::LikeFirst},
+                           {u"lower", 1, "T", Result::LikeFirst},
+                           {u"reverse", 1, "T", Result::LikeFirst},
+                           {u"str", 1, "FII", Result::VarChar},
+                           {u"space", 1, "I", Result::VarChar},
+                           {u"replicate", 2, "TI", Result::VarChar, true},
+                           {u"char", 1, "I", Result::Char},
+                           {u"nchar", 1, "I", Result::NChar},
+                           {u"quotename", 1, "TT", Result::NVarChar},
+                           {u"isdate", 1, "T", Result::Int},
+                           {u"isnumeric", 1, "*", Result::Int, true},
+                           {u"abs", 1, "*", Result::Numeric, true},
+                           {u"sign", 1, "*", Result::Numeric, true},
+                           {u"floor", 1, "*", Result::Numeric, true},
+                           {u"ceiling", 1, "*", Result::Numeric, true},
+                           {u"round", 2, "*II", Result::Numeric, true},
+                           {u"power", 2, "*F", Result::Numeric, true},
+                           {u"sqrt", 1, "F", Result::Float},
+                           {u"newid", 0, "", Result::Guid}};
 
 DatabaseFailure WrongArguments(const Expression& e, size_t count) {
   return ServerFailure(
@@ -99,12 +72,8 @@ DatabaseFailure WrongArguments(const Expression& e, size_t count) {
       e.line);
 }
 
-TypeInfo TextResult(bool national) { return national ? NVarChar(4000) : VarChar(8000); }
-
-TypeInfo ResultOf(Result result, const std::vector<Typed>& arguments) {
-  const bool national =
-      std::ranges::any_of(arguments, [](const Typed& a) { return IsNational(a.type); });
-  switch (result) {
+TypeInfo ResultOf(const Rule& rule, const std::vector<Typed>& arguments) {
+  switch (rule.result) {
     case Result::Int:
       return kInt;
     case Result::Float:
@@ -116,7 +85,10 @@ TypeInfo ResultOf(Result result, const std::vector<Typed>& arguments) {
     case Result::NVarChar:
       return NVarChar(4000);
     case Result::VarChar:
-      return TextResult(national);
+      if (std::ranges::none_of(arguments, IsNational, &Typed::type)) return VarChar(8000);
+      return NVarChar(4000);
+    case Result::Numeric:
+      return NumericResult(rule.name, arguments[0].type);
     case Result::Guid:
       return {SqlType::UniqueIdentifier, 0, 0, 0};
     default:
@@ -126,8 +98,8 @@ TypeInfo ResultOf(Result result, const std::vector<Typed>& arguments) {
   return IsNational(first) ? NVarChar(first.length) : VarChar(first.length);
 }
 
-std::string CallOf(const char* function, const std::vector<Typed>& arguments) {
-  std::string sql = std::string(function) + "(";
+std::string CallOf(const std::string& function, const std::vector<Typed>& arguments) {
+  std::string sql = function + "(";
   for (size_t i = 0; i < arguments.size(); ++i) {
     if (i > 0) sql += ", ";
     sql += arguments[i].sql;
@@ -211,62 +183,39 @@ Typed Binder::BindCall(const Expression& e, Scope& scope) {
     slot.constant = std::string(text->value);
     return SlotValue(std::move(slot), NVarChar(128));
   }
+  return BindRuled(e, scope);
+}
+
+Typed Binder::BindRuled(const Expression& e, Scope& scope) {
+  const auto* found = std::ranges::find_if(
+      kRules, [&](const Rule& entry) { return EqualsIgnoreAsciiCase(entry.name, e.name); });
+  if (found == std::end(kRules)) throw Unsupported(u"function " + e.name, e.line);
+  const Rule& rule = *found;
   std::vector<Typed> arguments;
-  const auto* numeric = std::ranges::find_if(kNumericRules, named);
-  const auto* rule = std::ranges::find_if(kRules, named);
-  if (numeric == std::end(kNumericRules) && rule == std::end(kRules)) {
-    throw Unsupported(u"function " + e.name, e.line);
-  }
   for (const ExpressionPtr& argument : e.arguments) arguments.push_back(Bind(*argument, scope));
-  if (numeric != std::end(kNumericRules)) {
-    if (arguments.size() < numeric->least || arguments.size() > numeric->most) {
-      throw WrongArguments(e, numeric->least);
-    }
-    Typed& first = arguments[0];
-    if (first.isNull) first.type = kInt;
-    const TypeInfo type = NumericResult(numeric->function, first.type);
-    const bool isPower = numeric->function == NumericFunction::Power;
-    for (size_t i = 1; i < arguments.size(); ++i) {
-      arguments[i] = Convert(std::move(arguments[i]), isPower ? kFloat : kInt);
-    }
-    Typed code;
-    code.sql = CodeOf(first.type);
-    arguments.insert(arguments.begin() + (numeric->least == 2 ? 2 : 1), std::move(code));
-    return Called(CallOf(numeric->call, arguments) + ")", type);
-  }
-  if (arguments.size() < rule->least || arguments.size() > MostArguments(*rule)) {
-    throw WrongArguments(e, rule->least);
+  if (arguments.size() < rule.least || arguments.size() > rule.arguments.size()) {
+    throw WrongArguments(e, rule.least);
   }
   for (size_t i = 0; i < arguments.size(); ++i) {
-    const Argument wanted = rule->arguments[i];
-    const TypeInfo given = arguments[i].type;
-    if ((wanted == Argument::Text && IsLongText(given)) ||
-        (wanted == Argument::OnlyText && !IsText(given))) {
-      throw InvalidArgumentType(arguments[i].isNull ? u"NULL" : MessageName(given),
-                                static_cast<int32_t>(i + 1), ToLower(e.name));
+    Typed& argument = arguments[i];
+    const char wanted = rule.arguments[i];
+    if ((wanted == 'T' && IsLongText(argument.type)) || (wanted == 'O' && !IsText(argument.type))) {
+      throw InvalidArgumentType(argument.isNull ? u"NULL" : MessageName(argument.type),
+                                static_cast<int32_t>(i + 1), rule.name);
     }
-    switch (wanted) {
-      case Argument::Text:
-      case Argument::OnlyText:
-      case Argument::AnyText:
-        arguments[i] =
-            Convert(arguments[i], arguments[i].isNull ? VarChar(1) : AsText(arguments[i].type));
-        break;
-      case Argument::Int:
-        arguments[i] = Convert(std::move(arguments[i]), kInt);
-        break;
-      case Argument::Float:
-        arguments[i] = Convert(std::move(arguments[i]), kFloat);
-        break;
-      default:
-        break;
+    if (wanted == 'I') {
+      argument = Convert(std::move(argument), kInt);
+    } else if (wanted == 'F') {
+      argument = Convert(std::move(argument), kFloat);
+    } else if (wanted != '*') {
+      argument = Convert(argument, argument.isNull ? VarChar(1) : AsText(argument.type));
     }
   }
-  std::string sql = CallOf(rule->call, arguments);
-  if (rule->code) sql += ", " + CodeOf(arguments[0].type);
-  TypeInfo type = ResultOf(rule->result, arguments);
+  TypeInfo type = ResultOf(rule, arguments);
+  std::string sql = CallOf("v_" + ToUtf8(rule.name), arguments);
+  if (rule.code) sql += ", " + CodeOf(arguments[0].type);
   // left, right and substring: no longer than they say.
-  if (exactLengths_ && rule->result == Result::LikeFirst && arguments.size() > 1 &&
+  if (exactLengths_ && rule.result == Result::LikeFirst && arguments.size() > 1 &&
       e.arguments.back()->kind == ExpressionKind::Literal) {
     const int64_t count = ValueRef(LiteralOf(*e.arguments.back()).value).Integer();
     if (count > 0 && (type.length == -1 || count < type.length)) {

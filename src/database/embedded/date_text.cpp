@@ -20,110 +20,84 @@ enum class Order : uint8_t { MonthFirst, DayFirst, YearFirst };
 
 // Date and time as patterns: y two digits of the year, Y four; m, d two digits; e day with a blank
 // for its first zero; M short month; h hour of 24; H of 12 with a blank; i, s two digits; f three;
-// p AM or PM.
+// p AM or PM. The styles up to 14 show the century when 100 is added.
 struct Style {
   int32_t number;
   std::string_view date;
-  std::string_view time;
-  std::string_view between;  // when both stand
-  Order order;
+  std::string_view time;  // with the sign between
 };
 constexpr Style kStyles[] = {
-    {0, "M e Y", "H:ip", " ", Order::MonthFirst},
-    {1, "m/d/y", "", "", Order::MonthFirst},
-    {2, "y.m.d", "", "", Order::YearFirst},
-    {3, "d/m/y", "", "", Order::DayFirst},
-    {4, "d.m.y", "", "", Order::DayFirst},
-    {5, "d-m-y", "", "", Order::DayFirst},
-    {6, "d M y", "", "", Order::DayFirst},
-    {7, "M d, y", "", "", Order::MonthFirst},
-    {8, "", "h:i:s", "", Order::MonthFirst},
-    {9, "M e Y", "H:i:s:fp", " ", Order::MonthFirst},
-    {10, "m-d-y", "", "", Order::MonthFirst},
-    {11, "y/m/d", "", "", Order::YearFirst},
-    {12, "ymd", "", "", Order::YearFirst},
-    {13, "d M Y", "h:i:s:f", " ", Order::DayFirst},
-    {14, "", "h:i:s:f", "", Order::MonthFirst},
-    {20, "Y-m-d", "h:i:s", " ", Order::YearFirst},
-    {21, "Y-m-d", "h:i:s.f", " ", Order::YearFirst},
-    {22, "m/d/y", "H:i:s p", " ", Order::MonthFirst},
-    {23, "Y-m-d", "", "", Order::YearFirst},
-    {24, "", "h:i:s", "", Order::MonthFirst},
-    {25, "Y-m-d", "h:i:s.f", " ", Order::YearFirst},
-    {100, "M e Y", "H:ip", " ", Order::MonthFirst},
-    {101, "m/d/Y", "", "", Order::MonthFirst},
-    {102, "Y.m.d", "", "", Order::YearFirst},
-    {103, "d/m/Y", "", "", Order::DayFirst},
-    {104, "d.m.Y", "", "", Order::DayFirst},
-    {105, "d-m-Y", "", "", Order::DayFirst},
-    {106, "d M Y", "", "", Order::DayFirst},
-    {107, "M d, Y", "", "", Order::MonthFirst},
-    {108, "", "h:i:s", "", Order::MonthFirst},
-    {109, "M e Y", "H:i:s:fp", " ", Order::MonthFirst},
-    {110, "m-d-Y", "", "", Order::MonthFirst},
-    {111, "Y/m/d", "", "", Order::YearFirst},
-    {112, "Ymd", "", "", Order::YearFirst},
-    {113, "d M Y", "h:i:s:f", " ", Order::DayFirst},
-    {114, "", "h:i:s:f", "", Order::MonthFirst},
-    {120, "Y-m-d", "h:i:s", " ", Order::YearFirst},
-    {121, "Y-m-d", "h:i:s.f", " ", Order::YearFirst},
-    {126, "Y-m-d", "h:i:s.f", "T", Order::YearFirst},
-    {127, "Y-m-d", "h:i:s.f", "T", Order::YearFirst},
+    {0, "M e Y", " H:ip"},
+    {1, "m/d/y", ""},
+    {2, "y.m.d", ""},
+    {3, "d/m/y", ""},
+    {4, "d.m.y", ""},
+    {5, "d-m-y", ""},
+    {6, "d M y", ""},
+    {7, "M d, y", ""},
+    {8, "", "h:i:s"},
+    {9, "M e Y", " H:i:s:fp"},
+    {10, "m-d-y", ""},
+    {11, "y/m/d", ""},
+    {12, "ymd", ""},
+    {13, "d M Y", " h:i:s:f"},
+    {14, "", "h:i:s:f"},
+    {20, "Y-m-d", " h:i:s"},
+    {21, "Y-m-d", " h:i:s.f"},
+    {22, "m/d/y", " H:i:s p"},
+    {23, "Y-m-d", ""},
+    {24, "", "h:i:s"},
+    {25, "Y-m-d", " h:i:s.f"},
+    {120, "Y-m-d", " h:i:s"},
+    {121, "Y-m-d", " h:i:s.f"},
+    {126, "Y-m-d", "Th:i:s.f"},
+    {127, "Y-m-d", "Th:i:s.f"},
 };
 
+bool ShowsCentury(int32_t style) { return style >= 100 && style <= 114; }
+
 const Style* FindStyle(int32_t number) {
-  const auto* found = std::find_if(std::begin(kStyles), std::end(kStyles),
-                                   [&](const Style& style) { return style.number == number; });
+  if (ShowsCentury(number)) number -= 100;
+  const auto* found = std::ranges::find(kStyles, number, &Style::number);
   return found == std::end(kStyles) ? nullptr : found;
 }
 
+Order OrderOf(std::string_view pattern) {
+  if (pattern.starts_with('d')) return Order::DayFirst;
+  const bool yearFirst = pattern.starts_with('y') || pattern.starts_with('Y');
+  return yearFirst ? Order::YearFirst : Order::MonthFirst;
+}
+
 void AppendPattern(std::string& out, std::string_view pattern, Calendar date, Clock clock) {
-  const auto append = [&](int32_t number, int32_t digits, bool blank = false) {
-    char text[4];
-    PutDigits(text, number, digits);
-    if (blank && text[0] == '0') text[0] = ' ';
-    out.append(text, static_cast<size_t>(digits));
+  struct Field {
+    char letter;
+    int32_t number;
+    size_t digits;
   };
+  const Field fields[] = {{'y', date.year % 100, 2},
+                          {'Y', date.year, 4},
+                          {'m', date.month, 2},
+                          {'d', date.day, 2},
+                          {'e', date.day, 2},
+                          {'h', clock.hour, 2},
+                          {'H', (clock.hour + 11) % 12 + 1, 2},
+                          {'i', clock.minute, 2},
+                          {'s', clock.second, 2},
+                          {'f', clock.millisecond, 3}};
   for (const char c : pattern) {
-    switch (c) {
-      case 'y':
-        append(date.year % 100, 2);
-        break;
-      case 'Y':
-        append(date.year, 4);
-        break;
-      case 'm':
-        append(date.month, 2);
-        break;
-      case 'd':
-        append(date.day, 2);
-        break;
-      case 'e':
-        append(date.day, 2, true);
-        break;
-      case 'M':
-        out.append(MonthName(date.month).substr(0, 3));
-        break;
-      case 'h':
-        append(clock.hour, 2);
-        break;
-      case 'H':
-        append((clock.hour + 11) % 12 + 1, 2, true);
-        break;
-      case 'i':
-        append(clock.minute, 2);
-        break;
-      case 's':
-        append(clock.second, 2);
-        break;
-      case 'f':
-        append(clock.millisecond, 3);
-        break;
-      case 'p':
-        out.append(clock.hour < 12 ? "AM" : "PM");
-        break;
-      default:
-        out.push_back(c);
+    const auto* field = std::ranges::find(fields, c, &Field::letter);
+    if (field != std::end(fields)) {
+      size_t at = out.size() + field->digits;
+      out.resize(at, c == 'e' || c == 'H' ? ' ' : '0');
+      for (int32_t rest = field->number; rest != 0; rest /= 10) {
+        out[--at] = static_cast<char>('0' + rest % 10);
+      }
+    } else if (c == 'M') {
+      out.append(MonthName(date.month).substr(0, 3));
+    } else if (c == 'p') {
+      out.append(clock.hour < 12 ? "AM" : "PM");
+    } else {
+      out.push_back(c);
     }
   }
 }
@@ -135,15 +109,15 @@ bool AppendDate(std::string& out, Moment moment, SqlType type, int32_t style) {
   // A date has its own default.
   const Style* found = FindStyle(isDate && style == 0 ? 23 : style);
   if (found == nullptr || (isDate && found->date.empty())) return false;
-  const Calendar date = CalendarOf(moment.day);
   const Clock clock = ClockOf(moment.tick);
-  AppendPattern(out, found->date, date, clock);
-  if (isDate || found->time.empty()) return true;
-  std::string_view time = found->time;
-  // The forms with a T leave out milliseconds of 0.
-  if (found->between == "T" && clock.millisecond == 0) time.remove_suffix(2);
-  if (!found->date.empty()) out.append(found->between);
-  AppendPattern(out, time, date, clock);
+  std::string pattern(found->date);
+  if (ShowsCentury(style)) std::ranges::replace(pattern, 'y', 'Y');
+  if (!isDate) {
+    pattern.append(found->time);
+    // The forms with a T leave out milliseconds of 0.
+    if (found->time.starts_with('T') && clock.millisecond == 0) pattern.resize(pattern.size() - 2);
+  }
+  AppendPattern(out, pattern, CalendarOf(moment.day), clock);
   return true;
 }
 
@@ -391,7 +365,7 @@ class DateParser {
 ParsedDate ParseDateText(std::string_view text, int32_t style) {
   if (text.find_first_not_of(' ') == std::string_view::npos) return {};
   const Style* found = FindStyle(style);
-  return DateParser(text, found ? found->order : Order::MonthFirst).Parse();
+  return DateParser(text, OrderOf(found ? found->date : "")).Parse();
 }
 
 }  // namespace vellum250::database::embedded

@@ -9,16 +9,41 @@
 namespace vellum250::database::embedded {
 namespace {
 
-constexpr int32_t kDaysFrom1900To1970 = 25567;
+constexpr int32_t kMillisecondsOfDay = 86400000;
 
-constexpr std::string_view kWeekDays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                          "Thursday", "Friday", "Saturday"};
+// In the order of DatePart.
+struct PartTraits {
+  std::string_view names[3];
+  int32_t months;        // parts of some months; 0 for the others
+  int32_t milliseconds;  // parts of a fixed length
+};
+constexpr PartTraits kParts[] = {
+    {{"year", "yy", "yyyy"}, 12, 0},
+    {{"quarter", "qq", "q"}, 3, 0},
+    {{"month", "mm", "m"}, 1, 0},
+    {{"dayofyear", "dy", "y"}, 0, kMillisecondsOfDay},
+    {{"day", "dd", "d"}, 0, kMillisecondsOfDay},
+    {{"week", "wk", "ww"}, 0, 7 * kMillisecondsOfDay},
+    {{"iso_week", "isowk", "isoww"}, 0, 7 * kMillisecondsOfDay},
+    {{"weekday", "dw", "w"}, 0, kMillisecondsOfDay},
+    {{"hour", "hh", "hh"}, 0, 3600000},
+    {{"minute", "mi", "n"}, 0, 60000},
+    {{"second", "ss", "s"}, 0, 1000},
+    {{"millisecond", "ms", "ms"}, 0, 1},
+};
+const PartTraits& TraitsOf(DatePart part) { return kParts[static_cast<size_t>(part)]; }
 
 // Floor division: counts boundaries also before day 0.
 int64_t FloorDivide(int64_t value, int64_t by) { return value / by - (value % by < 0 ? 1 : 0); }
 
+std::chrono::sys_days SystemDay(int32_t day) {
+  return std::chrono::sys_days(std::chrono::year(1900) / 1 / 1) + std::chrono::days(day);
+}
+
 // 0 Sunday to 6 Saturday.
-int32_t WeekDayOf(int32_t day) { return static_cast<int32_t>((day % 7 + 8) % 7); }
+int32_t WeekDayOf(int32_t day) {
+  return static_cast<int32_t>(std::chrono::weekday(SystemDay(day)).c_encoding());
+}
 
 int32_t MillisecondsOf(int32_t tick) { return (tick * 10 + 1) / 3; }
 
@@ -38,33 +63,14 @@ Clock ClockOf(int32_t tick) {
 }
 
 Calendar CalendarOf(int32_t day) {
-  // Years that begin in March, in eras of 400 years.
-  const int64_t shifted = int64_t{day} - kDaysFrom1900To1970 + 719468;
-  const int64_t era = FloorDivide(shifted, 146097);
-  const int64_t dayOfEra = shifted - era * 146097;
-  const int64_t yearOfEra =
-      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const int64_t march = (5 * dayOfYear + 2) / 153;
-  const int64_t month = march < 10 ? march + 3 : march - 9;
-  return {static_cast<int32_t>(yearOfEra + era * 400 + (month <= 2 ? 1 : 0)),
-          static_cast<int32_t>(month), static_cast<int32_t>(dayOfYear - (153 * march + 2) / 5 + 1)};
-}
-
-int32_t DayOf(Calendar calendar) {
-  const int64_t year = int64_t{calendar.year} - (calendar.month <= 2 ? 1 : 0);
-  const int64_t era = FloorDivide(year, 400);
-  const int64_t yearOfEra = year - era * 400;
-  const int64_t march = calendar.month > 2 ? calendar.month - 3 : calendar.month + 9;
-  const int64_t dayOfYear = (153 * march + 2) / 5 + calendar.day - 1;
-  const int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return static_cast<int32_t>(era * 146097 + dayOfEra - 719468 + kDaysFrom1900To1970);
+  const std::chrono::year_month_day date(SystemDay(day));
+  return {int{date.year()}, static_cast<int32_t>(unsigned{date.month()}),
+          static_cast<int32_t>(unsigned{date.day()})};
 }
 
 int32_t DaysOfMonth(int32_t year, int32_t month) {
-  static constexpr int32_t kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-  return month == 2 && leap ? 29 : kDays[month - 1];
+  const auto last = std::chrono::year(year) / month / std::chrono::last;
+  return static_cast<int32_t>(unsigned{last.day()});
 }
 
 Moment MomentAt(int32_t day, int32_t milliseconds) {
@@ -87,120 +93,26 @@ std::optional<std::string> Store(Moment moment, SqlType type) {
     const int32_t minutes = (moment.tick / kTicksOfSecond + 30) / 60;
     moment = {moment.day + minutes / 1440, minutes % 1440 * 60 * kTicksOfSecond};
   }
-  struct Range {
-    int32_t first;
-    int32_t last;
-  };
-  static const Range kDateTimes{DayOf({1753, 1, 1}), DayOf({9999, 12, 31})};
-  static const Range kSmallDateTimes{0, DayOf({2079, 6, 6})};
-  static const Range kDates{DayOf({1, 1, 1}), DayOf({9999, 12, 31})};
-  const Range& range = type == SqlType::Date            ? kDates
-                       : type == SqlType::SmallDateTime ? kSmallDateTimes
-                                                        : kDateTimes;
-  if (moment.day < range.first || moment.day > range.last) return std::nullopt;
-
-  char text[] = "0000-00-00 00:00:00.000";
-  const Calendar date = CalendarOf(moment.day);
-  PutDigits(text, date.year, 4);
-  PutDigits(text + 5, date.month, 2);
-  PutDigits(text + 8, date.day, 2);
-  if (type == SqlType::Date) return std::string(text, 10);
-  const Clock clock = ClockOf(moment.tick);
-  PutDigits(text + 11, clock.hour, 2);
-  PutDigits(text + 14, clock.minute, 2);
-  PutDigits(text + 17, clock.second, 2);
-  PutDigits(text + 20, clock.millisecond, 3);
-  return std::string(text, 23);
+  const bool isSmall = type == SqlType::SmallDateTime;
+  const int32_t first = isSmall                 ? 0
+                        : type == SqlType::Date ? DayOf({1, 1, 1})
+                                                : DayOf({1753, 1, 1});
+  const int32_t last = isSmall ? DayOf({2079, 6, 6}) : DayOf({9999, 12, 31});
+  if (moment.day < first || moment.day > last) return std::nullopt;
+  std::string text;
+  AppendDate(text, moment, type, 121);
+  return text;
 }
 
 std::optional<DatePart> FindDatePart(std::string_view name) {
-  struct Name {
-    std::string_view name;
-    DatePart part;
-  };
-  static constexpr Name kNames[] = {
-      {"year", DatePart::Year},
-      {"yy", DatePart::Year},
-      {"yyyy", DatePart::Year},
-      {"quarter", DatePart::Quarter},
-      {"qq", DatePart::Quarter},
-      {"q", DatePart::Quarter},
-      {"month", DatePart::Month},
-      {"mm", DatePart::Month},
-      {"m", DatePart::Month},
-      {"dayofyear", DatePart::DayOfYear},
-      {"dy", DatePart::DayOfYear},
-      {"y", DatePart::DayOfYear},
-      {"day", DatePart::Day},
-      {"dd", DatePart::Day},
-      {"d", DatePart::Day},
-      {"week", DatePart::Week},
-      {"wk", DatePart::Week},
-      {"ww", DatePart::Week},
-      {"iso_week", DatePart::IsoWeek},
-      {"isowk", DatePart::IsoWeek},
-      {"isoww", DatePart::IsoWeek},
-      {"weekday", DatePart::WeekDay},
-      {"dw", DatePart::WeekDay},
-      {"w", DatePart::WeekDay},
-      {"hour", DatePart::Hour},
-      {"hh", DatePart::Hour},
-      {"minute", DatePart::Minute},
-      {"mi", DatePart::Minute},
-      {"n", DatePart::Minute},
-      {"second", DatePart::Second},
-      {"ss", DatePart::Second},
-      {"s", DatePart::Second},
-      {"millisecond", DatePart::Millisecond},
-      {"ms", DatePart::Millisecond},
-  };
-  for (const Name& entry : kNames) {
-    if (EqualsAscii(name, entry.name)) return entry.part;
+  for (size_t i = 0; i < std::size(kParts); ++i) {
+    const auto named = [&](std::string_view known) { return EqualsAscii(name, known); };
+    if (std::ranges::any_of(kParts[i].names, named)) return static_cast<DatePart>(i);
   }
   return std::nullopt;
 }
 
 namespace {
-
-TextView PartWord(DatePart part) {
-  static constexpr TextView kWords[] = {u"year", u"quarter", u"month",    u"dayofyear",
-                                        u"day",  u"week",    u"iso_week", u"weekday",
-                                        u"hour", u"minute",  u"second",   u"millisecond"};
-  return kWords[static_cast<size_t>(part)];
-}
-
-// Years, quarters and months as months; 0 for the other parts.
-int32_t MonthsIn(DatePart part) {
-  switch (part) {
-    case DatePart::Year:
-      return 12;
-    case DatePart::Quarter:
-      return 3;
-    case DatePart::Month:
-      return 1;
-    default:
-      return 0;
-  }
-}
-
-// Parts of a fixed length in milliseconds.
-int64_t MillisecondsIn(DatePart part) {
-  switch (part) {
-    case DatePart::Week:
-    case DatePart::IsoWeek:
-      return 7 * int64_t{86400000};
-    case DatePart::Hour:
-      return 3600000;
-    case DatePart::Minute:
-      return 60000;
-    case DatePart::Second:
-      return 1000;
-    case DatePart::Millisecond:
-      return 1;
-    default:
-      return 86400000;
-  }
-}
 
 int64_t MonthNumber(Calendar date) { return int64_t{date.year} * 12 + date.month - 1; }
 
@@ -217,12 +129,12 @@ int32_t IsoWeek(int32_t day) {
 std::string DateAdd(DatePart part, int64_t count, Moment moment, SqlType type) {
   const TextView typeName = SqlTypeName(type);
   if (part == DatePart::IsoWeek || (type == SqlType::Date && part >= DatePart::Hour)) {
-    throw PartNotSupported(PartWord(part), u"dateadd", typeName);
+    throw PartNotSupported(FromUtf8(TraitsOf(part).names[0]), u"dateadd", typeName);
   }
   constexpr int64_t kMost = std::numeric_limits<int32_t>::max();
   if (count > kMost || count < -kMost - 1) throw ExpressionOverflow(u"int");
 
-  if (const int32_t months = MonthsIn(part)) {
+  if (const int32_t months = TraitsOf(part).months) {
     Calendar date = CalendarOf(moment.day);
     const int64_t month = MonthNumber(date) + count * months;
     if (month < 12 || month >= int64_t{10000} * 12) throw DateAddOverflow(typeName);
@@ -231,11 +143,11 @@ std::string DateAdd(DatePart part, int64_t count, Moment moment, SqlType type) {
     date.day = std::min(date.day, DaysOfMonth(date.year, date.month));
     moment.day = DayOf(date);
   } else {
-    constexpr int64_t kDay = 86400000;
-    const int64_t time = MillisecondsOf(moment.tick) + count * MillisecondsIn(part);
-    const int64_t day = moment.day + FloorDivide(time, kDay);
+    const int64_t time = MillisecondsOf(moment.tick) + count * TraitsOf(part).milliseconds;
+    const int64_t days = FloorDivide(time, kMillisecondsOfDay);
+    const int64_t day = moment.day + days;
     if (day > kMost || day < -kMost) throw DateAddOverflow(typeName);
-    const auto rest = static_cast<int32_t>(time - FloorDivide(time, kDay) * kDay);
+    const auto rest = static_cast<int32_t>(time - days * kMillisecondsOfDay);
     moment = MomentAt(static_cast<int32_t>(day), rest);
   }
   auto stored = Store(moment, type);
@@ -245,7 +157,7 @@ std::string DateAdd(DatePart part, int64_t count, Moment moment, SqlType type) {
 
 int32_t DateDiff(DatePart part, Moment from, Moment to) {
   int64_t difference = 0;
-  if (const int32_t months = MonthsIn(part)) {
+  if (const int32_t months = TraitsOf(part).months) {
     difference =
         MonthNumber(CalendarOf(to.day)) / months - MonthNumber(CalendarOf(from.day)) / months;
   } else if (part == DatePart::Week || part == DatePart::IsoWeek) {
@@ -254,9 +166,9 @@ int32_t DateDiff(DatePart part, Moment from, Moment to) {
   } else if (part < DatePart::Hour) {
     difference = int64_t{to.day} - from.day;
   } else {
-    const int64_t unit = MillisecondsIn(part);
+    const int64_t unit = TraitsOf(part).milliseconds;
     const auto at = [&](Moment moment) {
-      return moment.day * (86400000 / unit) + MillisecondsOf(moment.tick) / unit;
+      return moment.day * (kMillisecondsOfDay / unit) + MillisecondsOf(moment.tick) / unit;
     };
     difference = at(to) - at(from);
   }
@@ -267,37 +179,28 @@ int32_t DateDiff(DatePart part, Moment from, Moment to) {
 int32_t DatePartOf(DatePart part, Moment moment) {
   const Calendar date = CalendarOf(moment.day);
   const Clock clock = ClockOf(moment.tick);
-  switch (part) {
-    case DatePart::Year:
-      return date.year;
-    case DatePart::Quarter:
-      return (date.month + 2) / 3;
-    case DatePart::Month:
-      return date.month;
-    case DatePart::DayOfYear:
-      return DayOfYear(moment.day);
-    case DatePart::Day:
-      return date.day;
-    case DatePart::Week:
-      return (DayOfYear(moment.day) - 1 + WeekDayOf(DayOf({date.year, 1, 1}))) / 7 + 1;
-    case DatePart::IsoWeek:
-      return IsoWeek(moment.day);
-    case DatePart::WeekDay:
-      return WeekDayOf(moment.day) + 1;
-    case DatePart::Hour:
-      return clock.hour;
-    case DatePart::Minute:
-      return clock.minute;
-    case DatePart::Second:
-      return clock.second;
-    case DatePart::Millisecond:
-      return clock.millisecond;
-  }
-  return 0;
+  const int32_t dayOfYear = DayOfYear(moment.day);
+  const int32_t week = (dayOfYear - 1 + WeekDayOf(moment.day - dayOfYear + 1)) / 7 + 1;
+  const int32_t values[] = {date.year,
+                            (date.month + 2) / 3,
+                            date.month,
+                            dayOfYear,
+                            date.day,
+                            week,
+                            IsoWeek(moment.day),
+                            WeekDayOf(moment.day) + 1,
+                            clock.hour,
+                            clock.minute,
+                            clock.second,
+                            clock.millisecond};
+  static_assert(std::size(values) == std::size(kParts));
+  return values[static_cast<size_t>(part)];
 }
 
 std::string DateName(DatePart part, Moment moment) {
   if (part == DatePart::Month) return std::string(MonthName(CalendarOf(moment.day).month));
+  static constexpr std::string_view kWeekDays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                                   "Thursday", "Friday", "Saturday"};
   if (part == DatePart::WeekDay) return std::string(kWeekDays[WeekDayOf(moment.day)]);
   return std::to_string(DatePartOf(part, moment));
 }

@@ -1,6 +1,7 @@
 // Dates and times as SQL Server keeps them: days, and 1/300 seconds of the day.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,7 +36,13 @@ struct Clock {
 Calendar CalendarOf(int32_t day);
 Clock ClockOf(int32_t tick);
 std::string_view MonthName(int32_t month);
-int32_t DayOf(Calendar calendar);  // days since 1 January 1900
+// Days since 1 January 1900.
+constexpr int32_t DayOf(Calendar calendar) {
+  using namespace std::chrono;
+  const year_month_day date(year(calendar.year), month(static_cast<unsigned>(calendar.month)),
+                            day(static_cast<unsigned>(calendar.day)));
+  return static_cast<int32_t>((sys_days(date) - sys_days(year(1900) / 1 / 1)).count());
+}
 int32_t DaysOfMonth(int32_t year, int32_t month);
 
 // A stored datetime, smalldatetime or date. The text is one that these functions made.

@@ -313,8 +313,8 @@ TypeInfo Widened(TypeInfo type) {
   }
 }
 
-bool IsExact(TypeInfo type) { return ClassOf(type.type) != TypeClass::Float; }
-int32_t ScaleOf(TypeInfo type) { return AsDecimal(type).scale; }
+// 1 in an exact type.
+Int128 UnitOf(TypeInfo type) { return *PowerOfTen(AsDecimal(type).scale); }
 
 // An exact result in its own type.
 Value FitExact(Int128 value, TypeInfo type) {
@@ -322,7 +322,28 @@ Value FitExact(Int128 value, TypeInfo type) {
   return FitRange(value, type);
 }
 
-Value RoundFloat(double value, int64_t places, bool truncate) {
+// Converts to the type in which numeric functions work, and calls the one for its kind.
+template <typename Exact, typename Inexact>
+Value Numeric(ValueRef value, TypeInfo type, Exact exact, Inexact inexact) {
+  if (value.IsNull()) return {};
+  const TypeInfo widened = Widened(type);
+  const Value converted = Convert(value, type, widened);
+  const ValueRef number(converted);
+  if (ClassOf(widened.type) == TypeClass::Float) return inexact(number.Double());
+  return exact(Int128{number.Integer()}, widened);
+}
+
+// The whole number next to an exact one towards `side`.
+template <int32_t side>
+Value WholeBeside(Int128 exact, TypeInfo type) {
+  const Int128 unit = UnitOf(type);
+  const Int128 rest = exact % unit;
+  const Int128 whole = exact / unit + (rest != 0 && (rest < 0) == (side < 0) ? side : 0);
+  if (type.type == SqlType::Decimal) return FitDecimal(whole, DecimalType(type.precision, 0));
+  return FitExact(whole * unit, type);
+}
+
+double RoundFloat(double value, int64_t places, bool truncate) {
   if (places > 17 || places < -300) return places > 0 ? value : 0.0;
   const double factor = std::pow(10.0, static_cast<double>(places < 0 ? -places : places));
   const double shifted = places < 0 ? value / factor : value * factor;
@@ -331,80 +352,61 @@ Value RoundFloat(double value, int64_t places, bool truncate) {
   return places < 0 ? rounded * factor : rounded / factor;
 }
 
-// The whole number next to a value towards one side, and the rest's sign decides whether it moves.
-Value WholeBeside(ValueRef value, TypeInfo type, int32_t side) {
-  const TypeInfo argument = Widened(type);
-  const Value converted = Convert(value, type, argument);
-  const ValueRef number(converted);
-  if (number.IsNull()) return {};
-  if (!IsExact(argument)) {
-    return side < 0 ? std::floor(number.Double()) : std::ceil(number.Double());
-  }
-  const Int128 unit = *PowerOfTen(ScaleOf(argument));
-  const Int128 rest = number.Integer() % unit;
-  Int128 whole = number.Integer() / unit;
-  if (rest != 0 && (rest < 0) == (side < 0)) whole += side;
-  const TypeInfo result = NumericResult(NumericFunction::Floor, type);
-  return FitExact(result.type == SqlType::Decimal ? whole : whole * unit, result);
-}
-
 }  // namespace
 
-TypeInfo NumericResult(NumericFunction function, TypeInfo argument) {
-  static constexpr TextView kNames[] = {u"abs", u"sign", u"floor", u"ceiling", u"round", u"power"};
+TypeInfo NumericResult(TextView function, TypeInfo argument) {
   if ((!IsNumber(argument) && !IsText(argument)) || IsLongText(argument)) {
-    throw InvalidArgumentType(MessageName(argument), 1, kNames[static_cast<size_t>(function)]);
+    throw InvalidArgumentType(MessageName(argument), 1, function);
   }
   const TypeInfo type = Widened(argument);
   if (type.type != SqlType::Decimal) return type;
-  if (function == NumericFunction::Power) return DecimalType(38, type.scale);
-  const bool isWhole = function == NumericFunction::Floor || function == NumericFunction::Ceiling;
+  if (function == u"power") return DecimalType(38, type.scale);
+  const bool isWhole = function == u"floor" || function == u"ceiling";
   return isWhole ? DecimalType(type.precision, 0) : type;
 }
 
 Value Abs(ValueRef value, TypeInfo type) {
-  const TypeInfo result = Widened(type);
-  const Value converted = Convert(value, type, result);
-  if (IsNull(converted)) return {};
-  const ValueRef number(converted);
-  if (!IsExact(result)) return std::fabs(number.Double());
-  const Int128 exact = number.Integer();
-  return FitExact(exact < 0 ? -exact : exact, result);
+  return Numeric(
+      value, type,
+      [](Int128 exact, TypeInfo widened) { return FitExact(exact < 0 ? -exact : exact, widened); },
+      [](double number) { return std::fabs(number); });
 }
 
 Value Sign(ValueRef value, TypeInfo type) {
-  const TypeInfo result = Widened(type);
-  const Value converted = Convert(value, type, result);
-  if (IsNull(converted)) return {};
-  const ValueRef number(converted);
-  if (!IsExact(result)) return double((number.Double() > 0) - (number.Double() < 0));
-  const Int128 sign = (number.Integer() > 0) - (number.Integer() < 0);
-  return FitExact(sign * *PowerOfTen(ScaleOf(result)), result);
+  return Numeric(
+      value, type,
+      [](Int128 exact, TypeInfo widened) {
+        return FitExact(((exact > 0) - (exact < 0)) * UnitOf(widened), widened);
+      },
+      [](double number) { return double((number > 0) - (number < 0)); });
 }
 
-Value Floor(ValueRef value, TypeInfo type) { return WholeBeside(value, type, -1); }
-Value Ceiling(ValueRef value, TypeInfo type) { return WholeBeside(value, type, 1); }
+Value Floor(ValueRef value, TypeInfo type) {
+  return Numeric(value, type, WholeBeside<-1>, [](double number) { return std::floor(number); });
+}
+
+Value Ceiling(ValueRef value, TypeInfo type) {
+  return Numeric(value, type, WholeBeside<1>, [](double number) { return std::ceil(number); });
+}
 
 Value Round(ValueRef value, int64_t places, TypeInfo type, bool truncate) {
-  const TypeInfo result = Widened(type);
-  Value converted = Convert(value, type, result);
-  if (IsNull(converted)) return {};
-  const ValueRef number(converted);
-  if (!IsExact(result)) return RoundFloat(number.Double(), places, truncate);
-  const int32_t scale = ScaleOf(result);
-  if (places >= scale) return converted;
-  const auto divisor =
-      scale - places > 38 ? std::nullopt : PowerOfTen(static_cast<int32_t>(scale - places));
-  if (!divisor) return int64_t{0};
-  const Rounding rounding = truncate ? Rounding::TowardsZero : Rounding::HalfAwayFromZero;
-  const Int128 quotient = RoundedQuotient(number.Integer(), *divisor, rounding);
-  return quotient == 0 ? Value(int64_t{0}) : FitExact(quotient * *divisor, result);
+  const auto exactly = [&](Int128 exact, TypeInfo widened) {
+    const int64_t dropped = AsDecimal(widened).scale - places;
+    if (dropped <= 0) return FitExact(exact, widened);
+    const auto divisor = PowerOfTen(static_cast<int32_t>(std::min<int64_t>(dropped, 39)));
+    if (!divisor) return Value(int64_t{0});
+    const Rounding rounding = truncate ? Rounding::TowardsZero : Rounding::HalfAwayFromZero;
+    const Int128 quotient = RoundedQuotient(exact, *divisor, rounding);
+    return quotient == 0 ? Value(int64_t{0}) : FitExact(quotient * *divisor, widened);
+  };
+  return Numeric(value, type, exactly,
+                 [&](double number) { return RoundFloat(number, places, truncate); });
 }
 
 Value Power(ValueRef value, double exponent, TypeInfo type) {
   const double base = ValueRef(Convert(value, type, kFloat)).Double();
   if (value.IsNull()) return {};
-  const TypeInfo result = NumericResult(NumericFunction::Power, type);
+  const TypeInfo result = NumericResult(u"power", type);
   const Value power = FitFloat(std::pow(base, exponent), kFloat);
   return Convert(power, kFloat, result);
 }

@@ -41,10 +41,8 @@ Value Arithmetic(Operator op, ValueRef left, TypeInfo leftType, ValueRef right, 
 Value Negate(ValueRef value, TypeInfo result);
 
 // abs, sign, floor, ceiling, round, power: `type` is the argument's, the result has
-// NumericResult(...).
-enum class NumericFunction : uint8_t { Abs, Sign, Floor, Ceiling, Round, Power };
-// Raises 8116 for an argument that is no number.
-TypeInfo NumericResult(NumericFunction function, TypeInfo argument);
+// NumericResult(...) of the function's name. Raises 8116 for an argument that is no number.
+TypeInfo NumericResult(TextView function, TypeInfo argument);
 Value Abs(ValueRef value, TypeInfo type);
 Value Sign(ValueRef value, TypeInfo type);
 Value Floor(ValueRef value, TypeInfo type);

@@ -55,9 +55,6 @@ class Call {
         return Text(index);
     }
   }
-  FunctionContext& Shared() const {
-    return *static_cast<FunctionContext*>(sqlite3_user_data(context_));
-  }
 
   // The result; NULL when none is given.
   void Return(int64_t value) const { sqlite3_result_int64(context_, value); }
@@ -214,7 +211,8 @@ void NumericCall(const Call& call) {
 }
 
 void RoundCall(const Call& call) {
-  call.Return(Round(call.Argument(0), call.Integer(1), call.Type(2), call.Integer(3, 0) != 0));
+  const bool truncate = call.Count() == 4 && call.Integer(2) != 0;
+  call.Return(Round(call.Argument(0), call.Integer(1), call.Type(call.Count() - 1), truncate));
 }
 
 void SqrtCall(const Call& call) {
@@ -322,8 +320,6 @@ constexpr Entry kFunctions[] = {
     Function<LikeCall<false>>("v_like", 2, 3),
     Function<LikeCall<true>>("v_nlike", 2, 3),
 
-    Function<[](const Call& call) { call.Return(call.Shared().now); }>("v_getdate", 0, 0,
-                                                                       kChanging),
     Function<DateAddCall>("v_dateadd", 4, 4),
     Function<DateDiffCall>("v_datediff", 3, 3),
     Function<DatePartCall>("v_datepart", 2, 2),

@@ -21,14 +21,13 @@
 //   v_nlike(text, pattern [, escape])            when one of them is of a national type: blanks at
 //                                                the end of the text count
 //
-//   v_getdate()                                  datetime, one moment for a statement
 //   v_dateadd(part, n, date, code of date)       part: 'year', 'yy' ... as a text constant
 //   v_datediff(part, from, to)  v_datepart(part, date)  v_datename(part, date)
 //                                                of any date type
 //   v_isdate(text)                               never NULL
 //
 //   v_abs(x, code)  v_sign(x, code)  v_floor(x, code)  v_ceiling(x, code)
-//   v_round(x, n, code [, truncate])  v_power(x, float, code)
+//   v_round(x, n [, truncate], code)  v_power(x, float, code)
 //                                                code: the type of x, a number or a text; the
 //                                                result has NumericResult of it
 //   v_sqrt(float)
@@ -52,8 +51,6 @@ namespace vellum250::database::embedded {
 
 // What the functions of one SQLite connection share with whoever steps its statements.
 struct FunctionContext {
-  // getdate(): a datetime value. Set before each statement with CurrentMoment().
-  std::string now;
   // The failure behind an SQLITE_ERROR of sqlite3_step: take it out and rethrow it.
   std::optional<DatabaseFailure> failure;
 };
