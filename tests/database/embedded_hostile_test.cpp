@@ -1,7 +1,4 @@
 // Input that wants to break the embedded database.
-#include <sys/wait.h>
-
-#include <csignal>
 #include <fstream>
 #include <thread>
 
@@ -202,68 +199,6 @@ TEST(EmbeddedHostile, ABatchWithoutEndFailsAfterItsTime) {
     EXPECT_EQ(Scratch::AnswerOf(*limited, u"SELECT max(a), @@trancount FROM t"), "2|1");
   }
   EXPECT_EQ(scratch.Answer(u"SELECT max(a) FROM t"), "1");
-}
-
-TEST(EmbeddedHostile, WritersOfOneFileQueue) {
-  Scratch scratch;
-  // The file and the table are made by whoever comes first.
-  const std::string made = scratch.File().string() + "-made.db";
-  const Text file = u"Driver=Vellum250;Database=" + FromUtf8(made) + u";";
-  std::vector<std::thread> threads;
-  std::vector<std::string> failures(6);
-  std::vector<std::string> creations(6);
-  for (size_t i = 0; i < failures.size(); ++i) {
-    threads.emplace_back([&, i] {
-      try {
-        const auto creator = Connection::Open(file + u"Create=yes");
-        creations[i] = Scratch::AnswerOf(
-            *creator,
-            u"IF object_id('t') IS NULL CREATE TABLE t (a int IDENTITY(1,1) PRIMARY KEY, b "
-            u"int)");
-        for (int n = 0; n < 20; ++n) {
-          const auto connection = Connection::Open(file);
-          const auto key = connection->Execute(
-              u"SET NOCOUNT ON INSERT INTO t (b) VALUES (1) SELECT "
-              u"SCOPE_IDENTITY() AS k");
-          connection->Execute(u"BEGIN TRAN UPDATE t SET b = b + 1 WHERE a = " +
-                              key.At(0, 0).As<Decimal>().digits +
-                              u" UPDATE t SET b = b - 1 WHERE a = 1 COMMIT");
-        }
-      } catch (const Failure& failure) {
-        failures[i] = failure.what();
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  for (const std::string& failure : failures) EXPECT_EQ(failure, "");
-  for (const std::string& creation : creations) {
-    EXPECT_TRUE(creation.empty() || creation.starts_with("#2714")) << creation;
-  }
-  // 120 rows of 1, each made 2, and the first made less by 120.
-  EXPECT_EQ(Scratch::AnswerOf(*Connection::Open(file), u"SELECT count(*), sum(b) FROM t"),
-            "120|120");
-  for (const char* suffix : {"", "-wal", "-shm"}) std::filesystem::remove(made + suffix);
-}
-
-TEST(EmbeddedHostile, AKilledWriterLeavesAWholeFile) {
-  Scratch scratch;
-  ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int IDENTITY(1,1) PRIMARY KEY, b int NOT NULL)"),
-            "");
-  for (int run = 0; run < 5; ++run) {
-    const pid_t writer = ::fork();
-    if (writer == 0) {
-      const auto connection = Connection::Open(scratch.ConnectionText() + u"Create=no;Timeout=60");
-      for (;;) {
-        connection->Run(
-            u"BEGIN TRAN INSERT INTO t (b) VALUES (1) INSERT INTO t (b) VALUES (-1) COMMIT");
-      }
-    }
-    ::usleep(30'000);
-    ::kill(writer, SIGKILL);
-    ::waitpid(writer, nullptr, 0);
-    EXPECT_EQ(scratch.Answer(u"SELECT isNull(sum(b), 0), count(*) % 2 FROM t"), "0|0");
-    EXPECT_EQ(scratch.Answer(u"INSERT INTO t (b) VALUES (0), (0)"), "");
-  }
 }
 
 }  // namespace

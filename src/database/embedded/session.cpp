@@ -102,6 +102,8 @@ void Session::BeginTransaction(const Text& name) {
     state_.transactionName = name;
   }
   ++state_.transactionCount;
+  // What others changed while this one waited for its turn.
+  catalog_.Refresh();
 }
 
 void Session::CommitTransaction() {
