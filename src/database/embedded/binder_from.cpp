@@ -11,6 +11,7 @@ namespace vellum250::database::embedded {
 namespace {
 
 constexpr int32_t kMaxViewDepth = 16;
+constexpr int32_t kMaxSources = 256;  // those within views count
 
 }  // namespace
 
@@ -75,6 +76,10 @@ class FromBinder {
 
   std::string BindSource(const Source& source) {
     if (source.left) return BindJoin(source);
+    if (aliases_ >= kMaxSources) {
+      throw ServerFailure(106, u"Too many table names in the query. The maximum allowable is 256.",
+                          source.line);
+    }
     if (source.query)
       return Derived(source, *source.query, source.columnNames, source.alias, &scope_);
     ObjectPtr table = binder_.Input().catalog.FindSystemView(source.schema, source.name);

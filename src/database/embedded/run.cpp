@@ -33,6 +33,14 @@ bool IsChange(const Statement& statement) {
          std::holds_alternative<DeleteStatement>(statement.node);
 }
 
+// A client holds its results in memory.
+constexpr size_t kMostResultBytes = 500'000'000;
+
+size_t SizeOf(const Variant& value) {
+  const Text* text = value.If<Text>();
+  return sizeof value + (text != nullptr ? text->size() * sizeof(char16_t) : 0);
+}
+
 bool ChangesSchema(const Statement& statement) {
   return std::holds_alternative<CreateTableStatement>(statement.node) ||
          std::holds_alternative<DropStatement>(statement.node);
@@ -361,11 +369,14 @@ void Runner::RunQuery(Plan& plan, Frame& frame) {
   Execution execution(*this, plan, frame);
   std::vector<Variant> values;
   int64_t rows = 0;
+  size_t bytes = 0;
   while (execution.Step()) {
     ++rows;
     for (size_t i = 0; i < plan.columns.size(); ++i) {
       values.push_back(ToVariant(execution.Column(i), plan.columns[i].type));
+      bytes += SizeOf(values.back());
     }
+    if (bytes > kMostResultBytes) throw Unsupported(u"a result of more than 500,000,000 bytes");
   }
   session_.State().rowCount = rows;
   if (!Gathers()) return;

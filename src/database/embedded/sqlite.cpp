@@ -14,6 +14,8 @@ constexpr int32_t kApplicationId = 0x56423235;
 // Steps of SQLite's machine between two looks at the clock: some tens of microseconds.
 constexpr int kStepsBetweenLooks = 5000;
 
+constexpr uintmax_t kSmallestFile = 512;  // bytes
+
 // A waiter looks this often whether it is its turn: all equally often, or the newest wins.
 constexpr auto kLockInterval = std::chrono::milliseconds(1);
 
@@ -94,17 +96,21 @@ void Database::CheckFile(const Text& path, bool create) const {
   std::error_code error;
   const std::filesystem::path file(ToUtf8(path));
   const auto status = std::filesystem::status(file, error);
-  if (std::filesystem::is_directory(status)) {
-    throw FileFailure(u"this is a folder, not a database file", path);
-  }
+  // No right to look, a name that is too long ...
+  if (!std::filesystem::status_known(status)) FailFile(u"the database file cannot be reached");
+  if (std::filesystem::is_directory(status)) FailFile(u"this is a folder, not a database file");
   if (!std::filesystem::exists(status)) {
-    if (!create) throw FileFailure(u"there is no database file", path);
+    if (!create) FailFile(u"there is no database file");
     const auto folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
     if (!std::filesystem::is_directory(folder, error)) {
-      throw FileFailure(u"there is no folder for the database file", path);
+      FailFile(u"there is no folder for the database file");
     }
   } else if (!std::filesystem::is_regular_file(status)) {
-    throw FileFailure(u"this is no database file", path);
+    FailFile(u"this is no database file");
+  } else if (const auto size = std::filesystem::file_size(file, error); size < kSmallestFile) {
+    // SQLite would make its own of it.
+    if (size > 0) FailFile(u"this is no database file");
+    if (!create) FailFile(u"the database file is empty");
   }
 }
 
@@ -130,13 +136,13 @@ void Database::Configure() {
       [](void* database) { return static_cast<int>(static_cast<Database*>(database)->IsTimeUp()); },
       this);
   if (sqlite3_db_readonly(handle, "main") == 1) {
-    throw FileFailure(u"the database file may not be written", path_);
+    FailFile(u"the database file may not be written");
   }
   if (Integer("PRAGMA application_id") != kApplicationId) {
     // Another connection may be making the file right now: it marks it before it fills it.
     if (Integer("SELECT count(*) FROM sqlite_schema") != 0 &&
         Integer("PRAGMA application_id") != kApplicationId) {
-      throw FileFailure(u"this SQLite file was not made by this library", path_);
+      FailFile(u"this SQLite file was not made by this library");
     }
     Execute("PRAGMA application_id = " + std::to_string(kApplicationId));
   }
@@ -248,6 +254,10 @@ DatabaseFailure Database::FailureOf(int code) {
   if (words.find("parser stack overflow") != words.npos ||
       words.find("Expression tree is too large") != words.npos) {
     return NestedTooDeeply();
+  }
+  // Nobody else than a damaged file has too few of the catalogue's own tables.
+  if (words.find("no such table: main.vellum250_") != words.npos) {
+    return FileFailure(u"the database file is damaged", path_);
   }
   return DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
                          u"the embedded database failed: " + FromUtf8(words));
