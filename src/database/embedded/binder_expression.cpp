@@ -439,7 +439,7 @@ Typed Binder::BindCase(const Expression& e, Scope& scope) {
     results.push_back(Bind(*e.arguments[first + 2 * i + 1], scope));
   }
   if (e.hasElse) results.push_back(Bind(*e.arguments.back(), scope));
-  if (std::ranges::all_of(results, &Typed::isNull)) throw AtLine(OnlyNulls(8133), e.line);
+  if (std::ranges::all_of(results, &Typed::isNull)) throw AtLine(CaseOfNulls(), e.line);
   std::vector<Typed*> all;
   all.reserve(results.size());
   for (Typed& result : results) all.push_back(&result);

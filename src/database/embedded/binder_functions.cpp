@@ -288,7 +288,7 @@ Typed Binder::BindCoalesce(const Expression& e, Scope& scope) {
   if (e.arguments.size() < 2) throw WrongArguments(e, 2);
   std::vector<Typed> arguments;
   for (const ExpressionPtr& argument : e.arguments) arguments.push_back(Bind(*argument, scope));
-  if (std::ranges::all_of(arguments, &Typed::isNull)) throw AtLine(OnlyNulls(4127), e.line);
+  if (std::ranges::all_of(arguments, &Typed::isNull)) throw AtLine(CoalesceOfNulls(), e.line);
   std::vector<Typed*> all;
   all.reserve(arguments.size());
   for (Typed& argument : arguments) all.push_back(&argument);
@@ -299,7 +299,7 @@ Typed Binder::BindCoalesce(const Expression& e, Scope& scope) {
 Typed Binder::BindNullIf(const Expression& e, Scope& scope) {
   if (e.arguments.size() != 2) throw WrongArguments(e, 2);
   Typed value = Bind(*e.arguments[0], scope);
-  if (value.isNull) throw AtLine(OnlyNulls(4151), e.line);
+  if (value.isNull) throw AtLine(NullIfOfNull(), e.line);
   const std::string equal =
       Comparison(Bind(*e.arguments[0], scope), Operation::Equal, Bind(*e.arguments[1], scope));
   return Called("CASE WHEN " + equal + " THEN NULL ELSE " + value.sql + " END", value.type);

@@ -1,82 +1,164 @@
-// SQL Server's messages, one maker each, named after what happened. Type names are those of
-// MessageName, values and names as the user wrote them. The line is added where it is known
-// (failures.h, AtLine).
+// SQL Server's messages, named after what happened, each called with its pieces. Type names are
+// those of MessageName, values and names as the user wrote them. The line is added where it is
+// known (failures.h, AtLine).
 #pragma once
+
+#include <initializer_list>
 
 #include "database/connection.h"
 
 namespace vellum250::database::embedded {
 
+// A message's number, and its text with a % for each argument in turn: a text or a whole number.
+struct Message {
+  int32_t number;
+  TextView text;
+
+  template <typename... Arguments>
+  DatabaseFailure operator()(const Arguments&... arguments) const {
+    return Filled({Piece(arguments)...});
+  }
+
+ private:
+  static Text Piece(TextView text) { return Text(text); }
+  static Text Piece(int64_t number);
+  DatabaseFailure Filled(std::initializer_list<Text> pieces) const;
+};
+
 // Statements and names.
-DatabaseFailure SyntaxNear(TextView token);                                    // 102
-DatabaseFailure SyntaxNearKeyword(TextView keyword);                           // 156
-DatabaseFailure AggregateInWhere();                                            // 147
-DatabaseFailure ParameterNotSupplied(TextView procedure, TextView parameter);  // 201
-DatabaseFailure InvalidColumn(TextView column);                                // 207
-DatabaseFailure InvalidObject(TextView object);                                // 208
+inline constexpr Message SyntaxNear{102, u"Incorrect syntax near '%'."};
+inline constexpr Message SyntaxNearKeyword{156, u"Incorrect syntax near the keyword '%'."};
+inline constexpr Message AggregateInWhere{
+    147,
+    u"An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a "
+    u"HAVING clause or a select list, and the column being aggregated is an outer reference."};
+inline constexpr Message ParameterNotSupplied{
+    201, u"Procedure or function '%' expects parameter '%', which was not supplied."};
+inline constexpr Message InvalidColumn{207, u"Invalid column name '%'."};
+inline constexpr Message InvalidObject{208, u"Invalid object name '%'."};
 // 8120 in the select list, 8121 in HAVING, 8127 in ORDER BY: `number` is one of them.
 DatabaseFailure NotGrouped(TextView column, int32_t number);
-DatabaseFailure AlreadyAnObject(TextView object);            // 2714
-DatabaseFailure NoSuchType(TextView type);                   // 2715
-DatabaseFailure NotASystemType(TextView type);               // 243
-DatabaseFailure NoSuchProcedure(TextView procedure);         // 2812
-DatabaseFailure CannotDrop(TextView kind, TextView object);  // 3701
+inline constexpr Message AlreadyAnObject{2714,
+                                         u"There is already an object named '%' in the database."};
+inline constexpr Message NoSuchType{2715, u"Cannot find data type %."};
+inline constexpr Message NotASystemType{243, u"Type % is not a defined system type."};
+inline constexpr Message NoSuchProcedure{2812, u"Could not find stored procedure '%'."};
+inline constexpr Message CannotDrop{
+    3701, u"Cannot drop the % '%', because it does not exist or you do not have permission."};
 
 // Types that do not go together.
-DatabaseFailure TypeClash(TextView from, TextView to);                                    // 206
-DatabaseFailure ImplicitNotAllowed(TextView from, TextView to);                           // 257
-DatabaseFailure NotComparable();                                                          // 306
-DatabaseFailure NotDistinct(TextView type);                                               // 421
-DatabaseFailure NotInUnion(TextView type);                                                // 5335
-DatabaseFailure TypesIncompatible(TextView left, TextView right, TextView operation);     // 402
-DatabaseFailure ExplicitNotAllowed(TextView from, TextView to);                           // 529
-DatabaseFailure InvalidArgumentType(TextView type, int32_t argument, TextView function);  // 8116
-DatabaseFailure InvalidOperandType(TextView type, TextView operation);                    // 8117
-DatabaseFailure LengthTooLarge(int32_t length, TextView type, int32_t maximum);           // 131
-DatabaseFailure InvalidLength(int32_t length);                                            // 1001
-DatabaseFailure WidthNotAllowed(TextView type);                                           // 2716
-DatabaseFailure PrecisionTooLarge(int32_t precision);                                     // 2750
-DatabaseFailure ScaleAbovePrecision(int32_t scale, int32_t precision);                    // 2751
-// 4127 of COALESCE, 4151 of NULLIF, 8133 of CASE: `number` is one of them.
-DatabaseFailure OnlyNulls(int32_t number);
+inline constexpr Message TypeClash{206, u"Operand type clash: % is incompatible with %"};
+inline constexpr Message ImplicitNotAllowed{
+    257,
+    u"Implicit conversion from data type % to % is not allowed. Use the CONVERT function to run "
+    u"this query."};
+inline constexpr Message NotComparable{306,
+                                       u"The text, ntext, and image data types cannot be compared "
+                                       u"or sorted, except when using IS NULL or LIKE operator."};
+inline constexpr Message NotDistinct{
+    421, u"The % data type cannot be selected as DISTINCT because it is not comparable."};
+inline constexpr Message NotInUnion{5335,
+                                    u"The data type % cannot be used as an operand to the UNION, "
+                                    u"INTERSECT or EXCEPT operators because it is not comparable."};
+inline constexpr Message TypesIncompatible{
+    402, u"The data types % and % are incompatible in the % operator."};
+inline constexpr Message ExplicitNotAllowed{
+    529, u"Explicit conversion from data type % to % is not allowed."};
+inline constexpr Message InvalidArgumentType{
+    8116, u"Argument data type % is invalid for argument % of % function."};
+inline constexpr Message InvalidOperandType{8117,
+                                            u"Operand data type % is invalid for % operator."};
+inline constexpr Message LengthTooLarge{
+    131, u"The size (%) given to the type '%' exceeds the maximum allowed for any data type (%)."};
+inline constexpr Message InvalidLength{1001, u"Length or precision specification % is invalid."};
+inline constexpr Message WidthNotAllowed{
+    2716, u"Column, parameter, or variable: Cannot specify a column width on data type %."};
+inline constexpr Message PrecisionTooLarge{2750,
+                                           u"Column or parameter: Specified column precision % is "
+                                           u"greater than the maximum precision of 38."};
+inline constexpr Message ScaleAbovePrecision{
+    2751,
+    u"Column or parameter: Specified column scale % is greater than the specified precision of %."};
+inline constexpr Message CoalesceOfNulls{4127,
+                                         u"At least one of the arguments to COALESCE must be an "
+                                         u"expression that is not the NULL constant."};
+inline constexpr Message NullIfOfNull{
+    4151,
+    u"The type of the first argument to NULLIF cannot be the NULL constant because the type of the "
+    u"first argument has to be known."};
+inline constexpr Message CaseOfNulls{
+    8133,
+    u"At least one of the result expressions in a CASE specification must be an expression other "
+    u"than the NULL constant."};
 
 // Values that do not become what they should.
-DatabaseFailure WholeNumberOverflow(TextView type, int64_t value);              // 220
-DatabaseFailure FloatOverflow(TextView type, double value);                     // 232
-DatabaseFailure MoneyTextTooLong(TextView type);                                // 234
-DatabaseFailure InvalidMoneyText();                                             // 235
-DatabaseFailure MoneyOverflow();                                                // 236
-DatabaseFailure InvalidDateText();                                              // 241
-DatabaseFailure DateTextOutOfRange(TextView from, TextView to);                 // 242
+inline constexpr Message WholeNumberOverflow{
+    220, u"Arithmetic overflow error for data type %, value = %."};
+DatabaseFailure FloatOverflow(TextView type, double value);  // 232
+inline constexpr Message MoneyTextTooLong{
+    234, u"There is insufficient result space to convert a money value to %."};
+inline constexpr Message InvalidMoneyText{
+    235, u"Cannot convert a char value to money. The char value has incorrect syntax."};
+inline constexpr Message MoneyOverflow{
+    236, u"The conversion from char data type to money resulted in a money overflow error."};
+inline constexpr Message InvalidDateText{
+    241, u"Conversion failed when converting date and/or time from character string."};
+inline constexpr Message DateTextOutOfRange{
+    242, u"The conversion of a % data type to a % data type resulted in an out-of-range value."};
 DatabaseFailure SmallTextOverflow(TextView from, TextView value, TextView to);  // 244
-DatabaseFailure InvalidText(TextView from, TextView value, TextView to);        // 245
-DatabaseFailure TextOverflow(TextView from, TextView value);                    // 248
-DatabaseFailure InvalidStyle(int32_t style, TextView from);                     // 281
-DatabaseFailure InvalidSmallDateText();                                         // 295
-DatabaseFailure InvalidNumberText(TextView from, TextView to);                  // 8114
-DatabaseFailure ExpressionOverflow(TextView to);                                // 8115
-DatabaseFailure ConversionOverflow(TextView from, TextView to);                 // 8115
-DatabaseFailure InvalidGuidText();                                              // 8169
-DatabaseFailure GuidTextTooLong();                                              // 8170
+inline constexpr Message InvalidText{
+    245, u"Conversion failed when converting the % value '%' to data type %."};
+inline constexpr Message TextOverflow{
+    248, u"The conversion of the % value '%' overflowed an int column."};
+inline constexpr Message InvalidStyle{
+    281, u"% is not a valid style number when converting from % to a character string."};
+inline constexpr Message InvalidSmallDateText{
+    295, u"Conversion failed when converting character string to smalldatetime data type."};
+inline constexpr Message InvalidNumberText{8114, u"Error converting data type % to %."};
+inline constexpr Message ExpressionOverflow{
+    8115, u"Arithmetic overflow error converting expression to data type %."};
+inline constexpr Message ConversionOverflow{
+    8115, u"Arithmetic overflow error converting % to data type %."};
+inline constexpr Message InvalidGuidText{
+    8169, u"Conversion failed when converting from a character string to uniqueidentifier."};
+inline constexpr Message GuidTextTooLong{
+    8170, u"Insufficient result space to convert uniqueidentifier value to char."};
 
 // Values that functions refuse.
-DatabaseFailure UnknownDatePart(TextView name, TextView function);                  // 155
-DatabaseFailure DateAddOverflow(TextView type);                                     // 517
-DatabaseFailure DateDiffOverflow();                                                 // 535
-DatabaseFailure InvalidRightLength();                                               // 536
-DatabaseFailure InvalidLeftLength();                                                // 537
-DatabaseFailure PartNotSupported(TextView part, TextView function, TextView type);  // 9810
-DatabaseFailure DividedByZero();                                                    // 8134
-DatabaseFailure InvalidFloatOperation();                                            // 3623
-DatabaseFailure InvalidEscape(TextView escape);                                     // 506
+inline constexpr Message UnknownDatePart{155, u"'%' is not a recognized % option."};
+inline constexpr Message DateAddOverflow{517,
+                                         u"Adding a value to a '%' column caused an overflow."};
+inline constexpr Message DateDiffOverflow{
+    535,
+    u"The datediff function resulted in an overflow. The number of dateparts separating two "
+    u"date/time instances is too large. Try to use datediff with a less precise datepart."};
+inline constexpr Message InvalidRightLength{
+    536, u"Invalid length parameter passed to the RIGHT function."};
+inline constexpr Message InvalidLeftLength{
+    537, u"Invalid length parameter passed to the LEFT or SUBSTRING function."};
+inline constexpr Message PartNotSupported{
+    9810, u"The datepart % is not supported by date function % for data type %."};
+inline constexpr Message DividedByZero{8134, u"Divide by zero error encountered."};
+inline constexpr Message InvalidFloatOperation{3623,
+                                               u"An invalid floating point operation occurred."};
+inline constexpr Message InvalidEscape{
+    506, u"The invalid escape character \"%\" was specified in a LIKE predicate."};
 
 // Rows that a table refuses.
-DatabaseFailure NullNotAllowed(TextView column, TextView table, TextView statement);  // 515
-DatabaseFailure IdentityInsertOff(TextView table);                                    // 544
+inline constexpr Message NullNotAllowed{515,
+                                        u"Cannot insert the value NULL into column '%', table '%'; "
+                                        u"column does not allow nulls. % fails."};
+inline constexpr Message IdentityInsertOff{544,
+                                           u"Cannot insert explicit value for identity column in "
+                                           u"table '%' when IDENTITY_INSERT is set to OFF."};
 DatabaseFailure ConstraintConflict(TextView statement, TextView kind, TextView constraint,
-                                   TextView table, TextView column);               // 547
-DatabaseFailure DuplicateIndexKey(TextView table, TextView index);                 // 2601
-DatabaseFailure DuplicateKey(TextView kind, TextView constraint, TextView table);  // 2627
-DatabaseFailure TextTruncated(TextView table, TextView column, TextView kept);     // 2628
+                                   TextView table, TextView column);  // 547
+inline constexpr Message DuplicateIndexKey{
+    2601, u"Cannot insert duplicate key row in object '%' with unique index '%'."};
+inline constexpr Message DuplicateKey{
+    2627, u"Violation of % constraint '%'. Cannot insert duplicate key in object '%'."};
+inline constexpr Message TextTruncated{
+    2628,
+    u"String or binary data would be truncated in table '%', column '%'. Truncated value: '%'."};
 
 }  // namespace vellum250::database::embedded
