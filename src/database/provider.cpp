@@ -162,6 +162,21 @@ ConnectionString WithDriver(const ConnectionString& source, const Text& driver) 
   return ConnectionString(std::move(entries));
 }
 
+// FreeTDS does not know "Encrypt" and would go on without; nor a protocol before the server.
+ConnectionString ForStandIn(ConnectionString source) {
+  if (!EqualsIgnoreAsciiCase(*source.Find(u"Driver"), kFreeTdsDriver)) return source;
+  std::vector<Entry> entries = source.Entries();
+  for (Entry& entry : entries) {
+    if (SameKey(entry.key, u"Encrypt")) {
+      const bool isFree = IsOneOf(entry.value, {u"no", u"false", u"0", u"optional"});
+      entry = {u"Encryption", isFree ? u"request" : u"require"};
+    } else if (SameKey(entry.key, u"Server") && StartsWithIgnoreAsciiCase(entry.value, u"tcp:")) {
+      entry.value.erase(0, 4);
+    }
+  }
+  return ConnectionString(std::move(entries));
+}
+
 // The provider of an OLE DB name, which may end with a version ("SQLNCLI11.1").
 bool IsSqlServerProvider(TextView name) {
   for (TextView known : {u"SQLOLEDB", u"MSOLEDBSQL", u"SQLNCLI"}) {
@@ -184,13 +199,14 @@ ProviderChoice ChooseProvider(const ConnectionString& connectionString,
       Fail(u"There is no provider \"" + Text(*provider) + u"\"");
     }
     const bool classicFirst = StartsWithIgnoreAsciiCase(*provider, u"SQLOLEDB");
-    return {Odbc,
-            Translated(connectionString, ChooseSqlServerDriver(installedDrivers(), classicFirst))};
+    return {Odbc, ForStandIn(Translated(connectionString,
+                                        ChooseSqlServerDriver(installedDrivers(), classicFirst)))};
   }
   if (const auto driver = connectionString.Find(u"Driver")) {
     if (EqualsIgnoreAsciiCase(*driver, u"Vellum250")) return {Embedded, connectionString};
     if (!EqualsIgnoreAsciiCase(*driver, kSqlServerDriver)) return {Odbc, connectionString};
-    return {Odbc, WithDriver(connectionString, ChooseSqlServerDriver(installedDrivers(), true))};
+    return {Odbc, ForStandIn(WithDriver(connectionString,
+                                        ChooseSqlServerDriver(installedDrivers(), true)))};
   }
   if (connectionString.Find(u"DSN") || connectionString.Find(u"FileDSN")) {
     return {Odbc, connectionString};
