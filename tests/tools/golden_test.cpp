@@ -1,5 +1,6 @@
 // The answers of a T-SQL server, case by case, from the program as an administrator runs it. A case
-// passes, or is refused by name; a wrong answer is a fault.
+// passes, or is refused by name; a wrong answer is a fault. With VELLUM250_TEST_CONNECTION, a
+// connection string without a database, a server answers instead, in a database made for the tests.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -25,38 +27,60 @@ namespace fs = std::filesystem;
 
 const fs::path kCases = fs::path(VELLUM250_SOURCE_DIR) / "tests/database/tsql-cases";
 
+const char* const kServer = std::getenv("VELLUM250_TEST_CONNECTION");
+
 Json ReadJson(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
   return Json::parse(file);
 }
 
-// A folder with a database that holds the fixture, copied for every case.
+// A folder with a database that holds the fixture, copied for every case; on a server, which copies
+// none, it is made anew.
 class Fixture {
  public:
   Fixture() : folder_(fs::path(testing::TempDir()) / ("golden" + std::to_string(::getpid()))) {
     fs::create_directories(folder_);
-    const Json made = Run("master.db", {"--create", kCases / "fixture.sql"});
-    if (!made["error"].is_null()) ADD_FAILURE() << "fixture: " << made["error"];
+    if (kServer != nullptr) {
+      MakeCopy();
+    } else {
+      Demand(Run("master.db", {"--create", kCases / "fixture.sql"}));
+    }
   }
-  ~Fixture() { fs::remove_all(folder_); }
+  ~Fixture() {
+    if (kServer != nullptr) Demand(Run("master", {"-q", "DROP DATABASE " + database_}));
+    fs::remove_all(folder_);
+  }
 
   void MakeCopy() {
+    if (kServer != nullptr) {
+      Demand(Run("master", {"-q", "IF DB_ID('" + database_ + "') IS NOT NULL DROP DATABASE " +
+                                      database_ + " CREATE DATABASE " + database_}));
+      Demand(Run(database_, {kCases / "fixture.sql"}));
+      return;
+    }
     fs::copy_file(folder_ / "master.db", folder_ / "case.db", fs::copy_options::overwrite_existing);
     for (const char* leftover : {"case.db-wal", "case.db-shm"}) fs::remove(folder_ / leftover);
   }
 
   // The document that the program prints about the copy for one batch, or for a script.
-  Json RunBatch(const std::string& sql) const { return Run("case.db", {"-q", sql}); }
+  Json RunBatch(const std::string& sql) const { return Run(Copy(), {"-q", sql}); }
   Json RunScript(const std::string& sql) const {
     std::ofstream(folder_ / "script.sql", std::ios::binary) << sql;
-    return Run("case.db", {folder_ / "script.sql"});
+    return Run(Copy(), {folder_ / "script.sql"});
   }
 
  private:
-  Json Run(const std::string& file, const std::vector<std::string>& arguments) const {
+  static void Demand(const Json& document) {
+    if (!document["error"].is_null()) ADD_FAILURE() << "fixture: " << document["error"];
+  }
+
+  std::string Copy() const { return kServer == nullptr ? "case.db" : database_; }
+
+  Json Run(const std::string& database, const std::vector<std::string>& arguments) const {
     std::vector<std::string> words = {
         VELLUM250_SQL_TOOL, "--json", "--connection",
-        "Driver=Vellum250;Database={" + (folder_ / file).string() + "};"};
+        kServer == nullptr ? "Driver=Vellum250;Database={" + (folder_ / database).string() + "};"
+                           : std::string(kServer) + ";Database=" + database + ";"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) argv.push_back(word.data());
@@ -84,6 +108,7 @@ class Fixture {
   }
 
   fs::path folder_;
+  std::string database_ = "vellum250_golden_" + std::to_string(::getpid());
 };
 
 std::string Lower(std::string text) {
@@ -175,6 +200,7 @@ Outcome RunCase(const Json& test, Fixture& fixture) {
 
 TEST(Golden, CasesGiveTheServersAnswer) {
   Fixture fixture;
+  if (HasFailure()) return;
   std::vector<fs::path> files;
   for (const auto& entry : fs::directory_iterator(kCases)) {
     if (entry.path().extension() == ".json") files.push_back(entry.path());
