@@ -17,6 +17,18 @@ struct Typed {
   const ColumnInfo* column = nullptr;  // of a table, as it stands
 };
 
+// A type as the functions of emitted SQL take it.
+inline std::string CodeOf(TypeInfo type) { return std::to_string(Encode(type)); }
+
+// A call, or anything else that needs no parentheses.
+inline Typed Called(std::string sql, TypeInfo type) {
+  Typed value;
+  value.sql = std::move(sql);
+  value.type = type;
+  value.form = Typed::Form::Atom;
+  return value;
+}
+
 struct BoundColumn {
   Text name;
   TypeInfo type;

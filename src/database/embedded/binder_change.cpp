@@ -22,6 +22,14 @@ const ColumnInfo& RequireColumn(const ObjectInfo& table, TextView column, int32_
   return *info;
 }
 
+DatabaseFailure NamedTwice(const Text& column, int32_t line) {
+  return ServerFailure(264,
+                       u"The column name '" + column +
+                           u"' is specified more than once in the SET clause or column list of an "
+                           u"INSERT.",
+                       line);
+}
+
 Text FullName(const ObjectInfo& table) { return u"dbo." + table.name; }
 
 std::string DefaultOf(Binder& binder, const ColumnInfo& column, const ObjectInfo& table) {
@@ -53,19 +61,12 @@ class InsertBinder {
     plan.givesIdentity =
         std::ranges::any_of(given_, [](const ColumnInfo* c) { return c->identity; });
     const std::string source = query_ ? FromQuery() : FromRows();
-    plan.sql = "INSERT INTO " + table_->sqlName + " (";
-    std::string separator;
-    for (const ColumnInfo* column : given_) {
-      plan.sql += separator + QuotedName(column->name);
-      separator = ", ";
-    }
-    for (const ColumnInfo* column : filled_) {
-      plan.sql += separator + QuotedName(column->name);
-      separator = ", ";
-    }
-    plan.sql += ") " + source;
+    plan.sql = "INSERT INTO " + table_->sqlName;
     if (given_.empty() && filled_.empty()) {
-      plan.sql = "INSERT INTO " + table_->sqlName + " DEFAULT VALUES";
+      plan.sql += " DEFAULT VALUES";
+    } else {
+      const auto name = [](const ColumnInfo& column) { return QuotedName(column.name); };
+      plan.sql += " (" + List([&](size_t i) { return name(*given_[i]); }, name) + ") " + source;
     }
     plan.slots = binder_.TakeSlots();
     return plan;
@@ -82,9 +83,7 @@ class InsertBinder {
     for (const Text& name : insert_.columns) {
       const ColumnInfo& column = RequireColumn(*table_, name);
       if (std::ranges::count(given_, &column) > 0) {
-        throw ServerFailure(264, u"The column name '" + name +
-                                     u"' is specified more than once in the SET clause or column "
-                                     u"list of an INSERT.");
+        throw NamedTwice(name, 0);
       }
       given_.push_back(&column);
     }
@@ -120,32 +119,37 @@ class InsertBinder {
                             u"statement.");
   }
 
-  std::string FromRows() {
-    std::string sql = "VALUES ";
-    const size_t rows = insert_.defaultValues ? 1 : insert_.rows.size();
-    Scope scope;
-    for (size_t i = 0; i < rows; ++i) {
+  // One text for each given column, then one for each that is filled.
+  template <typename Given, typename Filled>
+  std::string List(Given given, Filled filled) {
+    std::string sql;
+    for (size_t i = 0; i < given_.size() + filled_.size(); ++i) {
       if (i > 0) sql += ", ";
-      sql += "(";
-      std::string separator;
-      if (!insert_.defaultValues) {
-        if (insert_.rows[i].size() != insert_.rows[0].size()) {
-          throw ServerFailure(10709,
-                              u"The number of columns for each row in a table value constructor "
-                              u"must be the same.");
-        }
-        CheckCount(insert_.rows[i].size());
-        for (size_t j = 0; j < given_.size(); ++j) {
-          const Expression* value = insert_.rows[i][j].get();
-          sql += separator +
-                 (value ? Stored(binder_.Bind(*value, scope), *given_[j]) : Default(*given_[j]));
-          separator = ", ";
-        }
+      sql += i < given_.size() ? given(i) : filled(*filled_[i - given_.size()]);
+    }
+    return sql;
+  }
+
+  template <typename Given>
+  std::string Values(Given given) {
+    return List(given, [&](const ColumnInfo& column) { return Default(column); });
+  }
+
+  std::string FromRows() {
+    Scope scope;
+    if (insert_.defaultValues) return "VALUES (" + Values([](size_t) { return ""; }) + ")";
+    std::string sql;
+    for (const auto& row : insert_.rows) {
+      if (row.size() != insert_.rows[0].size()) {
+        throw ServerFailure(10709,
+                            u"The number of columns for each row in a table value constructor must "
+                            u"be the same.");
       }
-      for (const ColumnInfo* column : filled_) {
-        sql += separator + Default(*column);
-        separator = ", ";
-      }
+      CheckCount(row.size());
+      sql += sql.empty() ? "VALUES (" : ", (";
+      sql += Values([&](size_t i) {
+        return row[i] ? Stored(binder_.Bind(*row[i], scope), *given_[i]) : Default(*given_[i]);
+      });
       sql += ")";
     }
     return sql;
@@ -154,21 +158,12 @@ class InsertBinder {
   std::string FromQuery() {
     const BoundQuery query = binder_.BindQuery(*query_, nullptr, true);
     CheckCount(query.columns.size());
-    std::string sql = "SELECT ";
-    std::string separator;
-    for (size_t i = 0; i < given_.size(); ++i) {
-      Typed value;
-      value.sql = "c" + std::to_string(i + 1);
-      value.type = query.columns[i].type;
+    const std::string values = Values([&](size_t i) {
+      Typed value = Called("c" + std::to_string(i + 1), query.columns[i].type);
       value.form = Typed::Form::Column;
-      sql += separator + Stored(std::move(value), *given_[i]);
-      separator = ", ";
-    }
-    for (const ColumnInfo* column : filled_) {
-      sql += separator + Default(*column);
-      separator = ", ";
-    }
-    return sql + " FROM (" + query.sql + ") WHERE true";
+      return Stored(std::move(value), *given_[i]);
+    });
+    return "SELECT " + values + " FROM (" + query.sql + ") WHERE true";
   }
 
   std::string Stored(Typed value, const ColumnInfo& column) {
@@ -207,32 +202,45 @@ const BoundSource* TargetSource(const Scope& scope, TextView name, int32_t line)
   return found;
 }
 
-struct JoinedTarget {
-  std::string from;
-  ObjectPtr table;
+// What UPDATE and DELETE share while they are bound.
+struct Change {
+  Binder binder;
+  Scope scope;
+  std::string from;  // with the changed table in it
+  std::string where;
   std::string sqlAlias;
-};
+  Plan plan;
 
-// FROM with the changed table in it; when it is not there, it is joined to the rest.
-JoinedTarget BindTarget(Binder& binder, const std::vector<SourcePtr>& from, TextView name,
-                        Scope& scope) {
-  JoinedTarget target;
-  target.from = binder.BindFrom(from, scope);
-  const BoundSource* source = TargetSource(scope, name, from[0]->line);
-  if (source == nullptr) {
-    const ObjectPtr table = TableToChange(binder, name);
-    BoundSource added = binder.TableSource(table, name);
-    target.from += ", " + table->sqlName + " AS " + added.sqlAlias;
-    scope.sources.push_back(std::move(added));
-    source = &scope.sources.back();
+  // When FROM does not name the changed table, it is joined to the rest.
+  Change(const BindInput& input, const ChangedRows& rows, Plan::Kind kind) : binder(input) {
+    const int32_t line = rows.from.empty() ? 0 : rows.from[0]->line;
+    from = binder.BindFrom(rows.from, scope);
+    const BoundSource* source = rows.from.empty() ? nullptr : TargetSource(scope, rows.table, line);
+    if (source == nullptr) {
+      const ObjectPtr table = TableToChange(binder, rows.table);
+      BoundSource added = binder.TableSource(table, rows.table);
+      from += (from.empty() ? "" : ", ") + table->sqlName + " AS " + added.sqlAlias;
+      scope.sources.push_back(std::move(added));
+      source = &scope.sources.back();
+    }
+    if (!source->table || source->table->kind != ObjectKind::Table || source->table->id == 0) {
+      throw Unsupported(u"changing rows of anything but a table", line);
+    }
+    plan.kind = kind;
+    plan.table = source->table;
+    sqlAlias = source->sqlAlias;
   }
-  if (!source->table || source->table->kind != ObjectKind::Table || source->table->id == 0) {
-    throw Unsupported(u"changing rows of anything but a table", from[0]->line);
+
+  void BindWhere(const ChangedRows& rows) {
+    if (rows.where) where = " WHERE " + binder.Condition(*rows.where, scope);
   }
-  target.table = source->table;
-  target.sqlAlias = source->sqlAlias;
-  return target;
-}
+
+  Plan Finish(std::string sql) {
+    plan.sql = std::move(sql);
+    plan.slots = binder.TakeSlots();
+    return std::move(plan);
+  }
+};
 
 }  // namespace
 
@@ -248,89 +256,49 @@ Plan BindInsertInto(const BindInput& input, const CreateTableStatement& table, c
 }
 
 Plan BindUpdate(const BindInput& input, const UpdateStatement& update) {
-  Binder binder(input);
-  Scope scope;
-  Plan plan;
-  plan.kind = Plan::Kind::Update;
-  JoinedTarget target;
-  if (update.from.empty()) {
-    target.table = TableToChange(binder, update.table);
-    BoundSource source = binder.TableSource(target.table, update.table);
-    target.sqlAlias = source.sqlAlias;
-    scope.sources.push_back(std::move(source));
-  } else {
-    target = BindTarget(binder, update.from, update.table, scope);
-  }
-  plan.table = target.table;
+  Change change(input, update, Plan::Kind::Update);
+  const ObjectInfo& table = *change.plan.table;
+  const bool joined = !update.from.empty();
   // With FROM the new values come from a sub-query that also tells the row.
   std::string set;
   std::string values;
   std::vector<const ColumnInfo*> columns;
   for (const Assignment& assignment : update.assignments) {
-    const ColumnInfo& column = RequireColumn(*plan.table, assignment.column, assignment.line);
+    const ColumnInfo& column = RequireColumn(table, assignment.column, assignment.line);
     if (column.identity) {
       throw ServerFailure(8102, u"Cannot update identity column '" + column.name + u"'.",
                           assignment.line);
     }
-    if (std::ranges::count(columns, &column) > 0) {
-      throw ServerFailure(264,
-                          u"The column name '" + column.name +
-                              u"' is specified more than once in the SET clause or column list of "
-                              u"an INSERT.",
-                          assignment.line);
-    }
+    if (std::ranges::count(columns, &column) > 0) throw NamedTwice(column.name, assignment.line);
     columns.push_back(&column);
     try {
+      Binder& binder = change.binder;
       const std::string value =
           assignment.value
-              ? binder.Assign(binder.Bind(*assignment.value, scope), column, FullName(*plan.table))
+              ? binder.Assign(binder.Bind(*assignment.value, change.scope), column, FullName(table))
                     .sql
-              : DefaultOf(binder, column, *plan.table);
+              : DefaultOf(binder, column, table);
       const std::string name = "v" + std::to_string(columns.size());
       if (!set.empty()) set += ", ";
-      set += QuotedName(column.name) + " = " + (update.from.empty() ? value : "s." + name);
+      set += QuotedName(column.name) + " = " + (joined ? "s." + name : value);
       values.append(", ").append(value).append(" AS ").append(name);
     } catch (const DatabaseFailure& failure) {
       throw AtLine(failure, assignment.line);
     }
   }
-  const std::string where = update.where ? " WHERE " + binder.Condition(*update.where, scope) : "";
-  if (update.from.empty()) {
-    plan.sql = "UPDATE " + plan.table->sqlName + " AS " + target.sqlAlias + " SET " + set + where;
-  } else {
-    plan.sql = "UPDATE " + plan.table->sqlName + " AS u SET " + set + " FROM (SELECT " +
-               target.sqlAlias + ".rowid AS r" + values + " FROM " + target.from + where +
-               ") AS s WHERE u.rowid = s.r";
-  }
-  plan.slots = binder.TakeSlots();
-  return plan;
+  change.BindWhere(update);
+  if (!joined) return change.Finish("UPDATE " + change.from + " SET " + set + change.where);
+  return change.Finish("UPDATE " + table.sqlName + " AS u SET " + set + " FROM (SELECT " +
+                       change.sqlAlias + ".rowid AS r" + values + " FROM " + change.from +
+                       change.where + ") AS s WHERE u.rowid = s.r");
 }
 
 Plan BindDelete(const BindInput& input, const DeleteStatement& statement) {
-  Binder binder(input);
-  Scope scope;
-  Plan plan;
-  plan.kind = Plan::Kind::Delete;
-  JoinedTarget target;
-  if (statement.from.empty()) {
-    target.table = TableToChange(binder, statement.table);
-    BoundSource source = binder.TableSource(target.table, statement.table);
-    target.sqlAlias = source.sqlAlias;
-    scope.sources.push_back(std::move(source));
-  } else {
-    target = BindTarget(binder, statement.from, statement.table, scope);
-  }
-  plan.table = target.table;
-  const std::string where =
-      statement.where ? " WHERE " + binder.Condition(*statement.where, scope) : "";
-  if (statement.from.empty()) {
-    plan.sql = "DELETE FROM " + plan.table->sqlName + " AS " + target.sqlAlias + where;
-  } else {
-    plan.sql = "DELETE FROM " + plan.table->sqlName + " WHERE rowid IN (SELECT " + target.sqlAlias +
-               ".rowid FROM " + target.from + where + ")";
-  }
-  plan.slots = binder.TakeSlots();
-  return plan;
+  Change change(input, statement, Plan::Kind::Delete);
+  change.BindWhere(statement);
+  if (statement.from.empty()) return change.Finish("DELETE FROM " + change.from + change.where);
+  return change.Finish("DELETE FROM " + change.plan.table->sqlName + " WHERE rowid IN (SELECT " +
+                       change.sqlAlias + ".rowid FROM " + change.from + change.where + ")");
 }
 
 }  // namespace vellum250::database::embedded

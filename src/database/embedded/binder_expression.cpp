@@ -41,9 +41,7 @@ std::string Constant(const Value& value) {
 }
 
 Typed UntypedNull() {
-  Typed value;
-  value.sql = "NULL";
-  value.form = Typed::Form::Atom;
+  Typed value = Called("NULL", TypeInfo());
   value.isNull = true;
   return value;
 }
@@ -106,11 +104,7 @@ Typed Binder::BindLiteral(const TypedValue& literal, int32_t index) {
     if (type.type == SqlType::Int) type.precision = 0;
   }
   if (type.type == SqlType::Int && input_.literals.size() > kMostKeptLiterals) {
-    Typed value;
-    value.sql = Constant(literal.value);
-    value.type = type;
-    value.form = Typed::Form::Atom;
-    return value;
+    return Called(Constant(literal.value), type);
   }
   Slot slot;
   slot.index = index;
@@ -149,9 +143,7 @@ Typed Binder::BindSystemVariable(const Expression& expression) {
 }
 
 Typed BoundColumn::Value() const {
-  Typed value;
-  value.sql = sql;
-  value.type = type;
+  Typed value = Called(sql, type);
   value.form = Typed::Form::Column;
   value.column = column;
   return value;
@@ -220,13 +212,7 @@ Typed Binder::Convert(Typed value, TypeInfo to) {
     value.type = to;
     return value;
   }
-  value.sql = Call("v_convert",
-                   {value.sql, std::to_string(Encode(value.type)), std::to_string(Encode(to))});
-  value.type = to;
-  value.form = Typed::Form::Atom;
-  value.slot = -1;
-  value.column = nullptr;
-  return value;
+  return Called(Call("v_convert", {value.sql, CodeOf(value.type), CodeOf(to)}), to);
 }
 
 Typed Binder::ConvertWhenUsed(Typed value, TypeInfo to) {
@@ -247,9 +233,8 @@ Typed Binder::Assign(Typed value, const ColumnInfo& column, TextView table) {
     slot.table = Text(table);
     return value;
   }
-  value.sql =
-      Call("v_assign", {value.sql, std::to_string(Encode(value.type)), std::to_string(Encode(to)),
-                        TextConstant(ToUtf8(column.name)), TextConstant(ToUtf8(table))});
+  value.sql = Call("v_assign", {value.sql, CodeOf(value.type), CodeOf(to),
+                                TextConstant(ToUtf8(column.name)), TextConstant(ToUtf8(table))});
   value.form = Typed::Form::Atom;
   value.slot = -1;
   return value;
@@ -330,11 +315,9 @@ Typed Binder::BindUnary(const Expression& e, Scope& scope) {
         operand.type.type == SqlType::Bit ? "1 - " + Operand(operand) : "~" + Operand(operand);
     return value;
   }
-  value.type = NegatedType(operand.type);
-  operand = Convert(std::move(operand), value.type);
-  value.sql = Call("v_neg", {operand.sql, std::to_string(Encode(value.type))});
-  value.form = Typed::Form::Atom;
-  return value;
+  const TypeInfo type = NegatedType(operand.type);
+  operand = Convert(std::move(operand), type);
+  return Called(Call("v_neg", {operand.sql, CodeOf(type)}), type);
 }
 
 Typed Binder::BindBinary(const Expression& e, Scope& scope) {
@@ -388,16 +371,12 @@ Typed Binder::BindBinary(const Expression& e, Scope& scope) {
     value.form = Typed::Form::Joined;
     return value;
   }
-  const std::string result = std::to_string(Encode(value.type));
-  value.form = Typed::Form::Atom;
-  if (IsSameValue(left.type, value.type) && IsSameValue(right.type, value.type)) {
-    value.sql = Call(entry.function, {left.sql, right.sql, result});
-  } else {
-    value.sql =
-        Call(entry.function, {left.sql, right.sql, result, std::to_string(Encode(left.type)),
-                              std::to_string(Encode(right.type))});
-  }
-  return value;
+  const std::string result = CodeOf(value.type);
+  const bool same = IsSameValue(left.type, value.type) && IsSameValue(right.type, value.type);
+  return Called(same ? Call(entry.function, {left.sql, right.sql, result})
+                     : Call(entry.function,
+                            {left.sql, right.sql, result, CodeOf(left.type), CodeOf(right.type)}),
+                value.type);
 }
 
 Typed Binder::BindCast(const Expression& e, Scope& scope) {
@@ -416,14 +395,11 @@ Typed Binder::BindCast(const Expression& e, Scope& scope) {
   }
   Typed style;
   if (e.arguments.size() == 2) style = Convert(Bind(*e.arguments[1], scope), kInt);
-  const std::string from = std::to_string(Encode(value.type));
-  const std::string to = std::to_string(Encode(e.type));
-  value.sql = e.arguments.size() == 2 ? Call("v_convert", {value.sql, from, to, style.sql})
-                                      : Call("v_convert", {value.sql, from, to});
-  value.type = e.type;
-  value.form = Typed::Form::Atom;
-  value.slot = -1;
-  return value;
+  const std::string from = CodeOf(value.type);
+  const std::string to = CodeOf(e.type);
+  return Called(e.arguments.size() == 2 ? Call("v_convert", {value.sql, from, to, style.sql})
+                                        : Call("v_convert", {value.sql, from, to}),
+                e.type);
 }
 
 Typed Binder::BindCase(const Expression& e, Scope& scope) {
@@ -443,16 +419,13 @@ Typed Binder::BindCase(const Expression& e, Scope& scope) {
   std::vector<Typed*> all;
   all.reserve(results.size());
   for (Typed& result : results) all.push_back(&result);
-  Typed value;
-  value.type = Unify(all);
-  value.sql = "CASE";
+  const TypeInfo type = Unify(all);
+  std::string sql = "CASE";
   for (size_t i = 0; i < pairs; ++i) {
-    value.sql += " WHEN " + conditions[i] + " THEN " + results[i].sql;
+    sql += " WHEN " + conditions[i] + " THEN " + results[i].sql;
   }
-  if (e.hasElse) value.sql += " ELSE " + results.back().sql;
-  value.sql += " END";
-  value.form = Typed::Form::Atom;
-  return value;
+  if (e.hasElse) sql += " ELSE " + results.back().sql;
+  return Called(sql + " END", type);
 }
 
 Typed Binder::BindSubquery(const Expression& e, Scope& scope) {
@@ -463,12 +436,9 @@ Typed Binder::BindSubquery(const Expression& e, Scope& scope) {
                         u"subquery is not introduced with EXISTS.",
                         e.line);
   }
-  Typed value;
-  value.type = query.columns[0].type;
-  value.form = Typed::Form::Atom;
-  value.sql =
-      query.singleRow ? "(" + query.sql + ")" : "(SELECT v_single(c1) FROM (" + query.sql + "))";
-  return value;
+  return Called(
+      query.singleRow ? "(" + query.sql + ")" : "(SELECT v_single(c1) FROM (" + query.sql + "))",
+      query.columns[0].type);
 }
 
 bool Binder::Same(const Expression& a, const Expression& b) {

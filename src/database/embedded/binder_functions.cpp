@@ -107,16 +107,6 @@ std::string CallOf(const std::string& function, const std::vector<Typed>& argume
   return sql;
 }
 
-std::string CodeOf(TypeInfo type) { return std::to_string(Encode(type)); }
-
-Typed Called(std::string sql, TypeInfo type) {
-  Typed value;
-  value.sql = std::move(sql);
-  value.type = type;
-  value.form = Typed::Form::Atom;
-  return value;
-}
-
 constexpr TextView kAggregates[] = {u"avg",   u"count",  u"count_big", u"max", u"min",
                                     u"stdev", u"stdevp", u"sum",       u"var", u"varp"};
 

@@ -200,8 +200,7 @@ ExpressionPtr Parser::ParseWholeExpression() {
 
 SyntaxTree Parser::ParseBatch() {
   SyntaxTree tree;
-  while (Take(u";")) {
-  }
+  SkipSemicolons();
   // A procedure may be called by its bare name where the batch begins.
   if (AtName()) {
     RefuseByName();
@@ -212,18 +211,21 @@ SyntaxTree Parser::ParseBatch() {
     statement->node = ParseExecute();
     tree.statements.push_back(std::move(statement));
   }
-  while (Take(u";")) {
-  }
+  SkipSemicolons();
   while (Current().kind != TokenKind::End) {
     tree.statements.push_back(ParseStatement());
-    while (Take(u";")) {
-    }
+    SkipSemicolons();
   }
   if (undeclared_) throw *undeclared_;
   tree.variables = std::move(variables_);
   tree.pinned = std::move(pinned_);
   tree.definesObjects = definesObjects_;
   return tree;
+}
+
+void Parser::SkipSemicolons() {
+  while (Take(u";")) {
+  }
 }
 
 StatementPtr Parser::ParseStatement() {
@@ -411,13 +413,11 @@ void Parser::ParseBegin(Statement& statement) {
   }
   if (At(u"try") || At(u"catch")) throw Refused(u"TRY ... CATCH");
   BlockStatement block;
-  while (Take(u";")) {
-  }
+  SkipSemicolons();
   while (!At(u"end")) {
     if (Current().kind == TokenKind::End) throw SyntaxError();
     block.body.push_back(ParseStatement());
-    while (Take(u";")) {
-    }
+    SkipSemicolons();
   }
   ++at_;
   if (block.body.empty()) throw SyntaxError();

@@ -137,6 +137,7 @@ class Parser {
   ExpressionPtr ParseArgument();
   ExpressionPtr ParseAssigned(ExpressionPtr before);
   bool AtStatementEnd() const;
+  void SkipSemicolons();
 
   TextView batch_;
   const Scanned& scanned_;

@@ -240,8 +240,7 @@ CreateViewStatement Parser::ParseCreateView(size_t firstToken) {
   view.query = ParseQuery();
   RequireTopForOrder(*view.query);
   if (At(u"with")) throw Refused(u"WITH CHECK OPTION");
-  while (Take(u";")) {
-  }
+  SkipSemicolons();
   if (Current().kind != TokenKind::End) throw SyntaxError();
   view.definition = TextBetween(firstToken, at_);
   return view;

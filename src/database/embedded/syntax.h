@@ -153,18 +153,18 @@ struct InsertStatement {
   QueryPtr query;
 };
 
-struct UpdateStatement {
+// What UPDATE and DELETE change.
+struct ChangedRows {
   Text table;  // or the alias of a source
-  std::vector<Assignment> assignments;
   std::vector<SourcePtr> from;
   ExpressionPtr where;
 };
 
-struct DeleteStatement {
-  Text table;  // or the alias of a source
-  std::vector<SourcePtr> from;
-  ExpressionPtr where;
+struct UpdateStatement : ChangedRows {
+  std::vector<Assignment> assignments;
 };
+
+struct DeleteStatement : ChangedRows {};
 
 struct ColumnDefinition {
   Text name;
