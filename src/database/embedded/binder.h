@@ -128,6 +128,7 @@ class Binder {
   Typed BindBinary(const Expression& expression, Scope& scope);
   Typed BindCast(const Expression& expression, Scope& scope);
   Typed BindCase(const Expression& expression, Scope& scope);
+  BoundQuery BindColumnQuery(const Expression& expression, Scope& scope);  // 116
   Typed BindSubquery(const Expression& expression, Scope& scope);
   // The values converted to the one type they meet in.
   TypeInfo Unify(const std::vector<Typed*>& values);

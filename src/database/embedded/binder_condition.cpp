@@ -11,21 +11,12 @@ struct ComparisonWords {
   TextView words;
 };
 
-ComparisonWords WordsOf(Operation operation) {
-  switch (operation) {
-    case Operation::Equal:
-      return {" = ", u"equal to"};
-    case Operation::NotEqual:
-      return {" <> ", u"not equal to"};
-    case Operation::Less:
-      return {" < ", u"less than"};
-    case Operation::LessOrEqual:
-      return {" <= ", u"less than or equal to"};
-    case Operation::Greater:
-      return {" > ", u"greater than"};
-    default:
-      return {" >= ", u"greater than or equal to"};
-  }
+const ComparisonWords& WordsOf(Operation operation) {
+  static constexpr ComparisonWords kWords[] = {
+      {" = ", u"equal to"},     {" <> ", u"not equal to"},
+      {" < ", u"less than"},    {" <= ", u"less than or equal to"},
+      {" > ", u"greater than"}, {" >= ", u"greater than or equal to"}};
+  return kWords[static_cast<size_t>(operation) - static_cast<size_t>(Operation::Equal)];
 }
 
 // Whether comparing needs no conversion though the types differ.
@@ -46,7 +37,7 @@ bool ComparesAsStored(TypeInfo left, TypeInfo right) {
 }  // namespace
 
 std::string Binder::Comparison(Typed left, Operation operation, Typed right) {
-  const ComparisonWords words = WordsOf(operation);
+  const ComparisonWords& words = WordsOf(operation);
   if (!left.isNull && !right.isNull && !ComparesAsStored(left.type, right.type)) {
     const TypeInfo type = ComparisonType(left.type, right.type, words.words);
     left = Convert(std::move(left), type);
@@ -109,13 +100,7 @@ std::string Binder::In(const Expression& e, Scope& scope) {
   Typed value = Bind(*e.arguments[0], scope);
   const char* word = e.negated ? " NOT IN (" : " IN (";
   if (e.query) {
-    BoundQuery query = BindQuery(*e.query, &scope, true);
-    if (query.columns.size() != 1) {
-      throw ServerFailure(116,
-                          u"Only one expression can be specified in the select list when the "
-                          u"subquery is not introduced with EXISTS.",
-                          e.line);
-    }
+    BoundQuery query = BindColumnQuery(e, scope);
     if (!value.isNull && !ComparesAsStored(value.type, query.columns[0].type)) {
       Typed column;
       column.sql = "c1";

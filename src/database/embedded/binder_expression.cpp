@@ -428,7 +428,7 @@ Typed Binder::BindCase(const Expression& e, Scope& scope) {
   return Called(sql + " END", type);
 }
 
-Typed Binder::BindSubquery(const Expression& e, Scope& scope) {
+BoundQuery Binder::BindColumnQuery(const Expression& e, Scope& scope) {
   BoundQuery query = BindQuery(*e.query, &scope, true);
   if (query.columns.size() != 1) {
     throw ServerFailure(116,
@@ -436,6 +436,11 @@ Typed Binder::BindSubquery(const Expression& e, Scope& scope) {
                         u"subquery is not introduced with EXISTS.",
                         e.line);
   }
+  return query;
+}
+
+Typed Binder::BindSubquery(const Expression& e, Scope& scope) {
+  const BoundQuery query = BindColumnQuery(e, scope);
   return Called(
       query.singleRow ? "(" + query.sql + ")" : "(SELECT v_single(c1) FROM (" + query.sql + "))",
       query.columns[0].type);

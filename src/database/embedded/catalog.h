@@ -30,6 +30,9 @@ struct ConstraintInfo {
   std::vector<Text> columns;
   Text parent;  // of a foreign key
   std::vector<Text> parentColumns;
+
+  // A key, or a unique index.
+  bool IsUnique() const { return kind <= ConstraintKind::UniqueIndex; }
 };
 
 struct ObjectInfo {

@@ -8,14 +8,9 @@ namespace vellum250::database::embedded {
 namespace {
 
 TextView VerbOf(Plan::Kind kind) {
-  switch (kind) {
-    case Plan::Kind::Insert:
-      return u"INSERT";
-    case Plan::Kind::Update:
-      return u"UPDATE";
-    default:
-      return u"DELETE";
-  }
+  return kind == Plan::Kind::Insert   ? u"INSERT"
+         : kind == Plan::Kind::Update ? u"UPDATE"
+                                      : u"DELETE";
 }
 
 // The part of SQLite's message behind ": ", missing when there was no memory for it.
@@ -47,10 +42,7 @@ const ConstraintInfo* FindKey(const ObjectInfo& table, const Text& detail) {
   }
   const std::vector<Text> columns = ColumnsOf(detail, table.name);
   for (const ConstraintInfo& constraint : table.constraints) {
-    const bool key = constraint.kind == ConstraintKind::PrimaryKey ||
-                     constraint.kind == ConstraintKind::Unique ||
-                     constraint.kind == ConstraintKind::UniqueIndex;
-    if (!key) continue;
+    if (!constraint.IsUnique()) continue;
     if (index.empty() ? std::ranges::equal(constraint.columns, columns, EqualsIgnoreAsciiCase)
                       : EqualsIgnoreAsciiCase(constraint.name, index)) {
       return &constraint;

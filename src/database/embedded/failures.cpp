@@ -1,35 +1,26 @@
 #include "database/embedded/failures.h"
 
+#include <algorithm>
+
 namespace vellum250::database::embedded {
 namespace {
 
+// Each in order.
+constexpr int32_t kConstraintMessages[] = {515, 547, 2601, 2627};
+constexpr int32_t kConversionMessages[] = {220, 232, 234, 235, 236,  241,  242,  244,
+                                           245, 248, 281, 295, 8114, 8115, 8169, 8170};
+constexpr int32_t kEndsTransaction[] = {241, 245, 295, 8114, 8169};
+constexpr int32_t kEndsBatch[] = {0, 191, 217, 1767, 1776, 2705, 2714, 2744, 8110, 8111, 8147};
+
+template <size_t N>
+bool IsOneOf(const int32_t (&messages)[N], int32_t message) {
+  return std::ranges::binary_search(messages, message);
+}
+
 int32_t ClassOf(int32_t message) {
-  switch (message) {
-    case 515:
-    case 547:
-    case 2601:
-    case 2627:
-      return kConstraintFailure;
-    case 220:
-    case 232:
-    case 234:
-    case 235:
-    case 236:
-    case 241:
-    case 242:
-    case 244:
-    case 245:
-    case 248:
-    case 281:
-    case 295:
-    case 8114:
-    case 8115:
-    case 8169:
-    case 8170:
-      return kConversionFailure;
-    default:
-      return message == 0 ? kUnspecifiedFailure : kSyntaxFailure;
-  }
+  if (IsOneOf(kConstraintMessages, message)) return kConstraintFailure;
+  if (IsOneOf(kConversionMessages, message)) return kConversionFailure;
+  return message == 0 ? kUnspecifiedFailure : kSyntaxFailure;
 }
 
 }  // namespace
@@ -57,28 +48,8 @@ DatabaseFailure AtLine(const DatabaseFailure& failure, int32_t line) {
 }
 
 Ends EffectOf(int32_t message) {
-  switch (message) {
-    case 241:
-    case 245:
-    case 295:
-    case 8114:
-    case 8169:
-      return Ends::Transaction;
-    case 0:
-    case 191:
-    case 217:
-    case 1767:
-    case 1776:
-    case 2705:
-    case 2714:
-    case 2744:
-    case 8110:
-    case 8111:
-    case 8147:
-      return Ends::Batch;
-    default:
-      return Ends::Statement;
-  }
+  if (IsOneOf(kEndsTransaction, message)) return Ends::Transaction;
+  return IsOneOf(kEndsBatch, message) ? Ends::Batch : Ends::Statement;
 }
 
 }  // namespace vellum250::database::embedded

@@ -28,6 +28,7 @@ void Parser::ParseCreate(Statement& statement) {
       statement.node = ParseCreateProcedure(first);
     }
   } else {
+    if (Current().kind == TokenKind::End) throw SyntaxError();
     throw Refused(u"CREATE " + Text(TextOf(Current())));
   }
 }
@@ -285,6 +286,7 @@ DropStatement Parser::ParseDrop() {
       {u"index", ObjectKind::Index}};
   const auto* kind =
       std::ranges::find_if(kKinds, [&](const auto& entry) { return At(entry.first); });
+  if (Current().kind == TokenKind::End) throw SyntaxError();
   if (kind == std::end(kKinds)) throw Refused(u"DROP " + Text(TextOf(Current())));
   ++at_;
   DropStatement drop;

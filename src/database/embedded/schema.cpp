@@ -67,19 +67,6 @@ std::string QuotedList(const std::vector<Text>& names) {
   return List(names, [](const Text& name) { return QuotedName(name); });
 }
 
-TextView PrefixOf(ConstraintKind kind) {
-  switch (kind) {
-    case ConstraintKind::PrimaryKey:
-      return u"PK";
-    case ConstraintKind::Unique:
-      return u"UQ";
-    case ConstraintKind::ForeignKey:
-      return u"FK";
-    default:
-      return u"CK";
-  }
-}
-
 class TableMaker {
  public:
   TableMaker(Database& database, Catalog& catalog, const CreateTableStatement& statement)
@@ -261,10 +248,7 @@ class TableMaker {
 
   static bool IsKey(const ObjectInfo& parent, const std::vector<Text>& columns) {
     for (const ConstraintInfo& key : parent.constraints) {
-      const bool unique = key.kind == ConstraintKind::PrimaryKey ||
-                          key.kind == ConstraintKind::Unique ||
-                          key.kind == ConstraintKind::UniqueIndex;
-      if (!unique || key.columns.size() != columns.size()) continue;
+      if (!key.IsUnique() || key.columns.size() != columns.size()) continue;
       if (std::ranges::equal(key.columns, columns, EqualsIgnoreAsciiCase)) return true;
     }
     return false;
@@ -272,7 +256,9 @@ class TableMaker {
 
   // As the server does: the kind, the table, the column, and something that makes it unique.
   Text GeneratedName(const ConstraintDefinition& definition) const {
-    Text name = Text(PrefixOf(definition.kind)) + u"__" + table_.name.substr(0, 24);
+    static constexpr TextView kPrefixes[] = {u"PK", u"UQ", u"UQ", u"CK", u"FK"};
+    Text name =
+        Text(kPrefixes[static_cast<size_t>(definition.kind)]) + u"__" + table_.name.substr(0, 24);
     if (!definition.columns.empty()) name += u"__" + definition.columns[0].substr(0, 24);
     return name + u"__" + NumberText(static_cast<int64_t>(table_.constraints.size() + 1));
   }
