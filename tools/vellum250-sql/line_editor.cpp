@@ -66,11 +66,7 @@ LineEditor::LineEditor(std::FILE* in, std::FILE* out, std::FILE* errors, std::st
   el_set(editor, EL_BIND, "^C", "cancel-line", nullptr);
 }
 
-LineEditor::~LineEditor() {
-  if (library_->historyPath.empty()) return;
-  HistEvent event;
-  history(library_->history.get(), &event, H_SAVE, library_->historyPath.c_str());
-}
+LineEditor::~LineEditor() = default;
 
 LineEditor::Event LineEditor::Read(const std::string& prompt, std::string& line) {
   if (!library_->editor) return Event::End;
@@ -90,6 +86,9 @@ void LineEditor::Remember(const std::string& line) {
   if (line.find_first_not_of(" \t") == std::string::npos) return;
   HistEvent event;
   history(library_->history.get(), &event, H_ENTER, line.c_str());
+  // At once: a terminal that is closed, or Ctrl-C in a running batch, ends the process.
+  if (library_->historyPath.empty()) return;
+  history(library_->history.get(), &event, H_SAVE, library_->historyPath.c_str());
 }
 
 }  // namespace vellum250::sqltool
