@@ -4,6 +4,7 @@
 #include <pty.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -63,10 +64,24 @@ class Terminal {
     }
   }
 
+  // Types a control key when the prompt is there and its reader has taken the terminal over:
+  // before, the terminal itself would act on the key.
+  testing::AssertionResult Press(const std::string& key, const std::string& answer) {
+    termios modes{};
+    for (int tries = 0; tries < 20000; ++tries) {
+      if (tcgetattr(master_, &modes) == 0 && (modes.c_lflag & ICANON) == 0) {
+        return Type(key, answer);
+      }
+      usleep(1000);
+    }
+    return testing::AssertionFailure() << "nobody reads keys";
+  }
+
   // The exit code; the rest of what was shown is in Seen().
   int Wait() {
     while (ReadSome()) {
     }
+    if (timedOut_) kill(child_, SIGKILL);
     int status = 0;
     waitpid(child_, &status, 0);
     child_ = -1;
@@ -79,7 +94,8 @@ class Terminal {
   bool ReadSome() {
     pollfd descriptor{master_, POLLIN, 0};
     constexpr int kMilliseconds = 20000;
-    if (poll(&descriptor, 1, kMilliseconds) <= 0) return false;
+    timedOut_ = poll(&descriptor, 1, kMilliseconds) <= 0;
+    if (timedOut_) return false;
     char buffer[4096];
     const ssize_t count = read(master_, buffer, sizeof buffer);
     if (count <= 0) return false;
@@ -89,6 +105,7 @@ class Terminal {
 
   pid_t child_ = -1;
   int master_ = -1;
+  bool timedOut_ = false;
   std::string seen_;
 };
 
@@ -132,12 +149,13 @@ TEST_F(Prompt, ControlKeysGiveUpABatchAndEndTheProgram) {
   Terminal terminal(home_, database_);
   EXPECT_TRUE(terminal.Expect("1> "));
   EXPECT_TRUE(terminal.Type("CREATE TABLE given_up (n int)\n", "2> "));
-  EXPECT_TRUE(terminal.Type("half a line\x03", "1> "));
+  EXPECT_TRUE(terminal.Press("half a line\x03", "1> "));
   EXPECT_TRUE(terminal.Type("SELECT count(*) AS tables FROM information_schema.tables\nGO\n",
                             "tables\r\n0"));
-  EXPECT_TRUE(terminal.Type("\x03", "1> "));
+  EXPECT_TRUE(terminal.Expect("1> "));
+  EXPECT_TRUE(terminal.Press("\x03", "1> "));
   EXPECT_TRUE(terminal.Type("SELECT 1\n", "2> "));
-  EXPECT_TRUE(terminal.Type("\x04", "The lines since the last GO were not run."));
+  EXPECT_TRUE(terminal.Press("\x04", "The lines since the last GO were not run."));
   EXPECT_EQ(terminal.Wait(), 0);
 }
 
@@ -157,9 +175,10 @@ TEST_F(Prompt, RemembersLinesForTheNextRunButNoPassword) {
   Terminal terminal(home_, database_);
   EXPECT_TRUE(terminal.Expect("1> "));
   // Up once: GO is not worth a place.
-  EXPECT_TRUE(terminal.Type("\x10\n", "SELECT 40 + 2 AS answer"));
+  EXPECT_TRUE(terminal.Press("\x10\n", "SELECT 40 + 2 AS answer"));
   EXPECT_TRUE(terminal.Type("GO\n", "42"));
-  EXPECT_TRUE(terminal.Type("\x04", ""));
+  EXPECT_TRUE(terminal.Expect("1> "));
+  EXPECT_TRUE(terminal.Press("\x04", ""));
   EXPECT_EQ(terminal.Wait(), 0);
 }
 
