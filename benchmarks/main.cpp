@@ -1,5 +1,6 @@
-// bench_core FOLDER [Google Benchmark's options]: measures the core on the material in FOLDER and
-// leaves there what it produced, for comparison.
+// bench_core FOLDER MEMORY_FOLDER [Google Benchmark's options]: measures the core on the material
+// in FOLDER and leaves there what it produced, for comparison. The second folder holds a copy of
+// the database that costs no disk.
 
 #include <benchmark/benchmark.h>
 
@@ -9,18 +10,22 @@
 #include "texts.h"
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::cerr << "usage: bench_core FOLDER [options]\n";
+  if (argc < 3) {
+    std::cerr << "usage: bench_core FOLDER MEMORY_FOLDER [options]\n";
     return 2;
   }
   const std::string folder = argv[1];
-  argv[1] = argv[0];
-  benchmark::Initialize(&--argc, ++argv);
+  const std::string memoryFolder = argv[2];
+  argv[2] = argv[0];
+  argc -= 2;
+  argv += 2;
+  benchmark::Initialize(&argc, argv);
   try {
     vellum250::RegisterHtmlEncode(folder);
     vellum250::RegisterBuildAddress(folder);
     vellum250::RegisterAmmendLocation(folder);
     vellum250::RegisterOdbc(folder);
+    vellum250::RegisterDatabase(folder, memoryFolder);
     benchmark::RunSpecifiedBenchmarks();
   } catch (const vellum250::Failure& failure) {
     std::cerr << failure.what() << '\n';

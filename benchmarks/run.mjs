@@ -3,14 +3,18 @@
 
 import { execFileSync } from 'node:child_process';
 import fs from 'node:fs';
+import os from 'node:os';
 import path from 'node:path';
 import { createRequire } from 'node:module';
 import { fileURLToPath } from 'node:url';
-import { encodePeers, formPeers } from './peers/peers.mjs';
+import { encodePeers, formPeers, openBetterSqlite } from './peers/peers.mjs';
 
 const here = path.dirname(fileURLToPath(import.meta.url));
 const build = path.join(here, '..', 'build', process.env.VELLUM250_BUILD ?? 'release');
 const folder = path.join(build, 'benchmarks', 'material');
+// Where a file costs no disk, if the machine has such a place.
+const memoryFolder = fs.mkdtempSync(path.join(fs.existsSync('/dev/shm') ? '/dev/shm' : os.tmpdir(), 'vellum250-'));
+process.on('exit', () => fs.rmSync(memoryFolder, { recursive: true, force: true }));
 const rounds = 5;
 
 const form = JSON.parse(fs.readFileSync(path.join(here, 'form.json'), 'utf8'));
@@ -39,6 +43,7 @@ function prepare() {
     env: { ...process.env, VELLUM250_SQL: path.join(build, 'tools', 'vellum250-sql', 'vellum250-sql') },
     stdio: 'inherit',
   });
+  fs.copyFileSync(path.join(folder, 'members.db'), path.join(memoryFolder, 'members.db'));
 }
 
 // Nanoseconds for one call of each of the core's benchmarks, best of several batches of some 20 ms
@@ -46,7 +51,7 @@ function prepare() {
 function measureCore() {
   const output = execFileSync(
     path.join(build, 'benchmarks', 'bench_core'),
-    [folder, '--benchmark_format=json', '--benchmark_min_time=0.02', '--benchmark_repetitions=7'],
+    [folder, memoryFolder, '--benchmark_format=json', '--benchmark_min_time=0.02', '--benchmark_repetitions=7'],
     { encoding: 'utf8', stdio: ['ignore', 'pipe', 'inherit'] },
   );
   const best = {};
@@ -92,6 +97,37 @@ function addonForm() {
       form.locRef, form.pafPrefix, form.comments);
 }
 
+// A name by its key, as a page asks for it: another key each time.
+function databaseBodies() {
+  const { open } = createRequire(import.meta.url)('../bindings/node');
+  const file = path.join(folder, 'members.db');
+  const ours = open(`Driver=Vellum250;Database=${file};`);
+  const sql = 'SELECT surname, forenames FROM individual WHERE individual_ref = ';
+  let i = 0;
+  const key = () => ((i += 1) % 60) + 1;
+  const text = (row) => `${row.surname}, ${row.forenames}`;
+  const bodies = {
+    query: () => text(ours.query(sql + key())[0]),
+    'query with ?': () => text(ours.query(`${sql}?`, [key()])[0]),
+  };
+  const theirs = openBetterSqlite(file);
+  if (theirs) {
+    const prepared = theirs.prepare(`${sql}?`);
+    bodies['better-sqlite3, prepared'] = () => text(prepared.get(key()));
+    bodies['better-sqlite3'] = () => text(theirs.prepare(sql + key()).get());
+  }
+  for (let first; i < 60;) {
+    const start = i;
+    for (const [name, body] of Object.entries(bodies)) {
+      i = start;
+      const row = body();
+      first = name === 'query' ? row : first;
+      demandEqual(name, first, row);
+    }
+  }
+  return bodies;
+}
+
 function demandEqual(what, ours, theirs) {
   if (ours === theirs) return;
   let at = 0;
@@ -124,6 +160,9 @@ function main() {
     bodies.set(name, render);
   }
 
+  const database = databaseBodies();
+  for (const [name, body] of Object.entries(database)) bodies.set(name, body);
+
   const times = new Map();
   const note = (name, value) => times.set(name, [...(times.get(name) ?? []), value]);
   for (let round = 0; round < rounds; round += 1) {
@@ -153,8 +192,21 @@ function main() {
   for (const kind of ['scalar', 'rows', 'insert']) {
     line(`Through ODBC, ${kind}: ours / bare ODBC calls`, t(`Odbc/${kind}`) / t(`BareOdbc/${kind}`), 'at most 1.2');
   }
+  const toSqlite = (what, name, target) =>
+    line(`${what}: ours / SQLite's own`, t(name) / t(`SQLite/${name}`), target);
+  toSqlite('GetScalar of a lookup', 'GetScalar/Lookup', 'at most 1.5');
+  toSqlite('GetScalar of a count', 'GetScalar/Count', 'at most 1.5');
+  toSqlite('100 rows of five types', 'Rows', '');
+  toSqlite('Insert with identity', 'Insert/Disk', '');
+  toSqlite('Insert with identity, in memory', 'Insert/Memory', '');
+  line("Longest statement, first time: ours / SQLite's prepare", t('Translate') / t('SQLite/Prepare'),
+    'at most 5');
+  line('Longest statement, first time: microseconds', t('Translate') / 1000, 'below 200');
+  for (const peer of Object.keys(database).filter((name) => name.startsWith('better'))) {
+    for (const ours of ['query', 'query with ?']) line(`One row, addon's ${ours} / ${peer}`, t(ours) / t(peer), '');
+  }
   console.log('\nNanoseconds a call, median of', rounds, 'rounds (for orientation only):');
-  for (const [name, values] of times) console.log(' ', name.padEnd(24), median(values).toFixed(0).padStart(10));
+  for (const [name, values] of times) console.log(' ', name.padEnd(26), median(values).toFixed(0).padStart(10));
 }
 
 main();

@@ -24,5 +24,7 @@ void RegisterHtmlEncode(const std::string& folder);
 void RegisterBuildAddress(const std::string& folder);
 void RegisterAmmendLocation(const std::string& folder);
 void RegisterOdbc(const std::string& folder);
+// `memoryFolder` lies in memory, where the machine has such a place.
+void RegisterDatabase(const std::string& folder, const std::string& memoryFolder);
 
 }  // namespace vellum250

@@ -1,6 +1,7 @@
 // The peers, each used as its documentation says: compiled once, called many times.
 
 import fs from 'node:fs';
+import { createRequire } from 'node:module';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
 import ejs from 'ejs';
@@ -12,6 +13,17 @@ import Handlebars from 'handlebars';
 const here = path.dirname(fileURLToPath(import.meta.url));
 
 export const encodePeers = { 'escape-html': escapeHtml, entities: escapeUTF8 };
+
+// Nothing where its native part could not be built.
+export function openBetterSqlite(file) {
+  try {
+    const Database = createRequire(import.meta.url)('better-sqlite3');
+    return new Database(file);
+  } catch (failure) {
+    console.log(`Without better-sqlite3: ${failure.message.split('\n')[0]}`);
+    return null;
+  }
+}
 
 // The label texts and the mask tests as a page would hand them to a template.
 function viewOf(form) {

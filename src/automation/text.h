@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,11 @@ using TextView = std::u16string_view;
 std::string ToUtf8(TextView text);
 void AppendUtf8(std::string& out, TextView text);
 Text FromUtf8(std::string_view bytes);
+
+// As == has it, by the widest registers.
+inline bool SameText(TextView a, TextView b) {
+  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0;
+}
 
 // For names that are ASCII by nature (members, keywords, connection-string keys).
 constexpr char16_t AsciiLower(char16_t c) {

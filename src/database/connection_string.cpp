@@ -159,7 +159,19 @@ Text ConnectionString::ToText() const {
   return text;
 }
 
-bool SameKey(TextView a, TextView b) { return PlainKey(a) == PlainKey(b); }
+bool SameKey(TextView a, TextView b) {
+  const auto skipBlanks = [](TextView& key) {
+    while (!key.empty() && IsBlank(key.front())) key.remove_prefix(1);
+  };
+  while (true) {
+    skipBlanks(a);
+    skipBlanks(b);
+    if (a.empty() || b.empty()) return a.empty() && b.empty();
+    if (AsciiLower(a.front()) != AsciiLower(b.front())) return false;
+    a.remove_prefix(1);
+    b.remove_prefix(1);
+  }
+}
 
 bool IsPasswordKey(TextView key) {
   const Text plain = PlainKey(key);

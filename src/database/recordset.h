@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "automation/variant.h"
@@ -52,11 +53,15 @@ struct Column {
 
 class Recordset {
  public:
-  Recordset() = default;
+  // Not null; results of one statement may share them.
+  using ColumnsPtr = std::shared_ptr<const std::vector<Column>>;
+
+  Recordset();
+  Recordset(ColumnsPtr columns, std::vector<Variant> values);
   Recordset(std::vector<Column> columns, std::vector<Variant> values);
 
-  const std::vector<Column>& Columns() const { return columns_; }
-  size_t RowCount() const { return columns_.empty() ? 0 : values_.size() / columns_.size(); }
+  const std::vector<Column>& Columns() const { return *columns_; }
+  size_t RowCount() const { return columns_->empty() ? 0 : values_.size() / columns_->size(); }
 
   bool Eof() const { return row_ >= RowCount(); }
   void MoveNext() { ++row_; }
@@ -69,11 +74,11 @@ class Recordset {
 
   // Any row, for those who read them all: row < RowCount(), index < Columns().size().
   const Variant& At(size_t row, size_t index) const {
-    return values_[row * columns_.size() + index];
+    return values_[row * columns_->size() + index];
   }
 
  private:
-  std::vector<Column> columns_;
+  ColumnsPtr columns_;
   std::vector<Variant> values_;  // row by row
   size_t row_ = 0;
 };

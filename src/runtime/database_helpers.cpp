@@ -30,7 +30,9 @@ Text GetScalarText(TextView sql, TextView connectionString) {
   const database::Recordset rows = OpenConnection(connectionString)->Execute(sql);
   if (rows.Eof()) return {};
   const Variant& value = rows.Field(0);
-  return value.IsNull() ? Text() : Text(TrimBlanks(ToText(value)));
+  if (value.IsNull()) return {};
+  if (const Text* text = value.If<Text>()) return Text(TrimBlanks(*text));
+  return ToText(value);
 }
 
 Variant GetScalar(TextView sql, TextView connectionString) {

@@ -157,17 +157,29 @@ Catalog::Catalog(Database& database) : database_(database) {
 }
 
 int64_t Catalog::Version() {
-  version_.Step(database_);
-  const int64_t version = version_.Column(0).Integer();
-  version_.Reset();
+  const int64_t version = database_.Integer("PRAGMA user_version");
   if (version >> kChangeBits != kFormat) {
     database_.FailFile(u"the database file was made by a newer version of this library");
   }
   return version;
 }
 
-void Catalog::Refresh() {
-  if (Version() != loadedVersion_) Reload();
+// A statement at one of its rows holds a transaction that reads.
+Catalog::Look::Look(Catalog& catalog) : catalog_(catalog) {
+  catalog.version_.Step(catalog.database_);
+  try {
+    if (catalog.version_.Column(0).Integer() != catalog.loadedVersion_) catalog.Reload();
+    catalog.dataVersion_ = catalog.DataVersion();
+  } catch (...) {
+    catalog.version_.Reset();
+    throw;
+  }
+}
+
+uint32_t Catalog::DataVersion() const {
+  uint32_t version = 0;
+  sqlite3_file_control(database_.Get(), "main", SQLITE_FCNTL_DATA_VERSION, &version);
+  return version;
 }
 
 void Catalog::Reload() {

@@ -58,8 +58,22 @@ class Catalog {
   // Makes the catalogue's tables in a new file.
   explicit Catalog(Database& database);
 
-  // Reads again what another connection changed, if it did.
-  void Refresh();
+  // While it lives the file is read at one moment, and the catalogue is that of this moment: what
+  // another connection changed is read again first.
+  class Look {
+   public:
+    explicit Look(Catalog& catalog);
+    ~Look() { catalog_.version_.Reset(); }
+    Look(const Look&) = delete;
+    Look& operator=(const Look&) = delete;
+
+   private:
+    Catalog& catalog_;
+  };
+  void Refresh() { const Look look(*this); }
+  // Whether nobody has written to the file since the last look, as the last statement found it.
+  // When true the catalogue was right for that statement.
+  bool IsCurrent() const { return DataVersion() == dataVersion_; }
   // Reads everything again: after a change of this connection, or its roll-back.
   void Reload();
   // Counts the reloads; what was bound under another number is void.
@@ -87,10 +101,12 @@ class Catalog {
   void Load(const std::string& schema);
   void CreateTables(const std::string& schema);
   void CountChange(bool temporary);
+  uint32_t DataVersion() const;
 
   Database& database_;
   Prepared version_;
   int64_t loadedVersion_ = -1;
+  uint32_t dataVersion_ = 0;
   uint64_t generation_ = 0;
   bool hasTemporary_ = false;
   int64_t lastTemporary_ = 0;

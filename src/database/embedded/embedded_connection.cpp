@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <list>
 
 #include "database/embedded/convert.h"
 #include "database/embedded/failures.h"
@@ -11,34 +10,45 @@ namespace {
 
 constexpr size_t kMostIdle = 8;
 
-// Idle sessions of this thread, the one used last at the end.
-struct Idle {
-  std::u16string path;
-  std::unique_ptr<Session> session;
+struct Settings {
+  Text source;  // the connection string
+  Text path;
+  bool create = false;
+  TimeLimits limits;
 };
-thread_local std::list<Idle> pool;
 
-std::unique_ptr<Session> TakeSession(const Text& path, bool create, TimeLimits limits) {
-  for (auto at = pool.rbegin(); at != pool.rend(); ++at) {
-    if (at->path != path) continue;
-    std::unique_ptr<Session> session = std::move(at->session);
-    pool.erase(std::next(at).base());
+// A connection may outlive its thread's pool: one that the process keeps until it ends.
+thread_local bool poolEnded = false;
+
+// Idle sessions of this thread, the one used last at the end.
+struct Pool {
+  std::vector<std::unique_ptr<Session>> idle;
+  ~Pool() { poolEnded = true; }
+};
+thread_local Pool pool;
+
+std::unique_ptr<Session> TakeSession(const Settings& settings) {
+  for (auto at = pool.idle.rbegin(); at != pool.idle.rend(); ++at) {
+    if (!SameText((*at)->Db().Path(), settings.path)) continue;
+    std::unique_ptr<Session> session = std::move(*at);
+    pool.idle.erase(std::next(at).base());
     // A file that was replaced on disk is opened anew.
-    if (session->IsCurrent() && session->Reset(limits)) return session;
-    return TakeSession(path, create, limits);
+    if (!session->IsCurrent()) return TakeSession(settings);
+    session->Limit(settings.limits);
+    return session;
   }
-  return std::make_unique<Session>(path, create, limits);
+  return std::make_unique<Session>(settings.path, settings.create, settings.limits);
 }
 
 // What cannot be kept is closed.
-void GiveBack(const Text& path, std::unique_ptr<Session> session) noexcept {
-  if (!session->Reset({})) return;
+void GiveBack(std::unique_ptr<Session> session) noexcept {
+  if (poolEnded || !session->Reset()) return;
   try {
-    pool.push_back({path, std::move(session)});
+    pool.idle.push_back(std::move(session));
   } catch (const std::bad_alloc&) {
     return;
   }
-  if (pool.size() > kMostIdle) pool.pop_front();
+  if (pool.idle.size() > kMostIdle) pool.idle.erase(pool.idle.begin());
 }
 
 // Where memory ends, the open transaction does.
@@ -54,9 +64,8 @@ auto InMemory(Session& session, Action action) {
 
 class EmbeddedConnection final : public Connection {
  public:
-  EmbeddedConnection(Text path, bool create, TimeLimits limits)
-      : path_(std::move(path)), session_(TakeSession(path_, create, limits)) {}
-  ~EmbeddedConnection() override { GiveBack(path_, std::move(session_)); }
+  explicit EmbeddedConnection(std::unique_ptr<Session> session) : session_(std::move(session)) {}
+  ~EmbeddedConnection() override { GiveBack(std::move(session_)); }
 
   Batch Run(TextView sql, std::span<const Variant> parameters) override {
     return InMemory(*session_, [&] {
@@ -89,7 +98,7 @@ class EmbeddedConnection final : public Connection {
     return result;
   }
 
-  Text path_;
+ private:
   std::unique_ptr<Session> session_;
 };
 
@@ -114,20 +123,30 @@ int32_t TimeOf(const ConnectionString& connectionString, TextView keyword, int32
   return std::min(seconds, 86400) * 1000;
 }
 
-}  // namespace
-
-std::unique_ptr<Connection> Open(const ConnectionString& connectionString) {
+Settings ReadSettings(const ConnectionString& connectionString) {
   const auto database = connectionString.Find(u"Database");
   if (!database || database->empty()) {
     throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
                           u"the connection string names no database file");
   }
-  const bool create = IsYes(connectionString.Find(u"Create").value_or(u""));
-  TimeLimits limits;
+  Settings settings;
+  settings.path = *database;
+  settings.create = IsYes(connectionString.Find(u"Create").value_or(u""));
+  TimeLimits& limits = settings.limits;
   limits.lock = TimeOf(connectionString, u"Timeout", limits.lock);
   limits.command = TimeOf(connectionString, u"Command Timeout", limits.command);
+  settings.source = connectionString.Source();
+  return settings;
+}
+
+}  // namespace
+
+std::unique_ptr<Connection> Open(const ConnectionString& connectionString) {
+  // The next one is most often the same.
+  thread_local Settings last;
   try {
-    return std::make_unique<EmbeddedConnection>(Text(*database), create, limits);
+    if (!SameText(last.source, connectionString.Source())) last = ReadSettings(connectionString);
+    return std::make_unique<EmbeddedConnection>(TakeSession(last));
   } catch (const std::bad_alloc&) {
     throw OutOfMemory();
   }

@@ -48,11 +48,12 @@ struct Plan {
   enum class Kind : uint8_t { Rows, Assign, Insert, Update, Delete };
   Kind kind = Kind::Rows;
   std::string sql;
-  std::vector<Slot> slots;            // ?1, ?2 ...
-  std::vector<ResultColumn> columns;  // of Rows
-  std::vector<Target> targets;        // of Assign
-  bool readsTargets = false;          // a column of Assign reads what another row assigns
-  ObjectPtr table;                    // that is changed
+  std::vector<Slot> slots;              // ?1, ?2 ...
+  std::vector<ResultColumn> columns;    // of Rows
+  Recordset::ColumnsPtr resultColumns;  // the same, once it has run
+  std::vector<Target> targets;          // of Assign
+  bool readsTargets = false;            // a column of Assign reads what another row assigns
+  ObjectPtr table;                      // that is changed
   // INSERT: whether it gives a value for the identity column.
   bool givesIdentity = false;
   bool makesTable = false;  // SELECT ... INTO

@@ -29,16 +29,21 @@ class Program {
   template <typename Bind>
   Plan& PlanOf(const void* node, const Catalog& catalog, const std::vector<TypedValue>& literals,
                Bind bind) {
+    if (Plan* plan = KeptPlan(node, catalog)) return *plan;
+    std::vector<int32_t> pinned;
+    Plan plan = bind(BindInput{catalog, literals, markers_, tree_.variables, pinned});
+    for (const int32_t index : pinned) Pin(index, literals);
+    return plans_.emplace(node, std::move(plan)).first->second;
+  }
+
+  // nullptr when it is not bound, or was for another catalogue.
+  Plan* KeptPlan(const void* node, const Catalog& catalog) {
     if (generation_ != catalog.Generation()) {
       plans_.clear();
       generation_ = catalog.Generation();
     }
     const auto found = plans_.find(node);
-    if (found != plans_.end()) return found->second;
-    std::vector<int32_t> pinned;
-    Plan plan = bind(BindInput{catalog, literals, markers_, tree_.variables, pinned});
-    for (const int32_t index : pinned) Pin(index, literals);
-    return plans_.emplace(node, std::move(plan)).first->second;
+    return found == plans_.end() ? nullptr : &found->second;
   }
 
   // The procedure that the tree creates, when the program is one's text.
@@ -68,9 +73,18 @@ class ProgramCache {
     std::shared_ptr<Program> program;
     uint64_t lastUse = 0;
   };
+  struct Hash {
+    size_t operator()(const Text& shape) const {
+      const auto* bytes = reinterpret_cast<const char*>(shape.data());
+      return std::hash<std::string_view>()({bytes, shape.size() * sizeof(char16_t)});
+    }
+  };
+  struct Same {
+    bool operator()(const Text& a, const Text& b) const { return SameText(a, b); }
+  };
   void MakeRoom();
 
-  std::unordered_map<Text, std::vector<Entry>> entries_;
+  std::unordered_map<Text, std::vector<Entry>, Hash, Same> entries_;
   size_t count_ = 0;
   uint64_t clock_ = 0;
 };

@@ -12,14 +12,13 @@
 namespace vellum250::database::embedded {
 namespace {
 
-Column ColumnOf(const ResultColumn& column) {
-  Column result;
-  result.name = column.name;
-  result.type = column.type.type;
-  result.length = column.type.length;
-  if (column.type.type == SqlType::Decimal) {
-    result.precision = column.type.precision;
-    result.scale = column.type.scale;
+Recordset::ColumnsPtr ColumnsOf(const std::vector<ResultColumn>& columns) {
+  auto result = std::make_shared<std::vector<Column>>();
+  for (const ResultColumn& column : columns) {
+    const TypeInfo& type = column.type;
+    const bool decimal = type.type == SqlType::Decimal;
+    result->push_back({column.name, type.type, decimal ? type.precision : 0,
+                       decimal ? type.scale : 0, type.length});
   }
   return result;
 }
@@ -65,10 +64,9 @@ class Runner::Execution {
       plan.prepared = database_.Prepare(plan.sql);
     }
     // The statement keeps pointing at the texts: none may move.
-    values_.reserve(plan.slots.size());
+    int position = 0;
     for (const Slot& slot : plan.slots) {
-      values_.push_back(runner.SlotValue(slot, frame));
-      prepared_.Bind(static_cast<int>(values_.size()), values_.back());
+      prepared_.Bind(++position, runner.SlotValue(slot, frame, kept_));
     }
   }
   ~Execution() { prepared_.Reset(); }
@@ -81,23 +79,7 @@ class Runner::Execution {
  private:
   Database& database_;
   Prepared& prepared_;
-  std::vector<Value> values_;
-};
-
-// While it lives the file is read at one moment, if the batch only reads.
-class Runner::Reading {
- public:
-  Reading(Session& session, bool onlyReads)
-      : session_(session), open_(onlyReads && session.BeginReading()) {}
-  ~Reading() {
-    if (open_) session_.EndReading();
-  }
-  Reading(const Reading&) = delete;
-  Reading& operator=(const Reading&) = delete;
-
- private:
-  Session& session_;
-  bool open_;
+  std::forward_list<Value> kept_;
 };
 
 void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
@@ -112,17 +94,42 @@ void Runner::RunBatch(TextView sql, std::span<const Variant> parameters) {
     std::vector<TypedValue> markers;
     for (const Variant& parameter : parameters) markers.push_back(FromVariant(parameter));
     const std::shared_ptr<Program> program = session_.Programs().Get(sql, scanned, markers);
-    const Reading reading(session_, program->OnlyReads());
-    session_.Objects().Refresh();
     Frame frame{*program, scanned.literals,
                 markers,  std::vector<Value>(program->Variables().size()),
                 {},       0};
+    if (RunAtOnce(frame)) return;
+    std::optional<Catalog::Look> look(std::in_place, session_.Objects());
+    if (!program->OnlyReads()) look.reset();
     BindAhead(program->Tree().statements, frame);
     binding_ = false;
     RunBlock(program->Tree().statements, frame);
   } catch (const DatabaseFailure& failure) {
     Failed(failure, 0);
   }
+}
+
+bool Runner::RunAtOnce(Frame& frame) {
+  const Block& batch = frame.program.Tree().statements;
+  if (batch.size() != 1) return false;
+  const auto* select = std::get_if<SelectStatement>(&batch[0]->node);
+  const Catalog& catalog = session_.Objects();
+  Plan* plan = select ? frame.program.KeptPlan(select, catalog) : nullptr;
+  if (plan == nullptr || plan->kind != Plan::Kind::Rows || !plan->prepared) return false;
+  std::optional<Execution> execution;
+  try {
+    execution.emplace(*this, *plan, frame);
+    const bool hasRow = execution->Step();
+    if (!catalog.IsCurrent()) return false;
+    TakeRows(*plan, *execution, hasRow);
+    session_.State().error = 0;
+  } catch (const DatabaseFailure& failure) {
+    // Values are bound before the file is looked at. Time is over whatever the catalogue is.
+    const bool sure = execution && catalog.IsCurrent();
+    execution.reset();
+    if (!sure && failure.Number() != kTimeoutFailure) return false;
+    Failed(failure, batch[0]->line);
+  }
+  return true;
 }
 
 bool Runner::BindAhead(const Block& block, Frame& frame) {
@@ -261,53 +268,43 @@ void Runner::RunSchemaChange(const Statement& statement, Frame& frame) {
   }
 }
 
-Value Runner::SlotValue(const Slot& slot, Frame& frame) {
+Value Runner::SystemSlot(SystemValue which, const Frame& frame) const {
   const SessionState& state = session_.State();
+  switch (which) {
+    case SystemValue::Now:
+      return CurrentMoment();
+    case SystemValue::RowCount:
+      return state.rowCount;
+    case SystemValue::Identity:
+      return state.identity;
+    case SystemValue::ScopeIdentity:
+      return frame.scopeIdentity;
+    case SystemValue::TransactionCount:
+      return int64_t{state.transactionCount};
+    default:
+      return int64_t{state.error};
+  }
+}
+
+const Value& Runner::SlotValue(const Slot& slot, Frame& frame, std::forward_list<Value>& kept) {
+  const auto index = static_cast<size_t>(slot.index);
   const Value* value = &slot.constant;
-  Value system;
-  switch (slot.kind) {
-    case Slot::Kind::Literal:
-      value = &frame.literals[static_cast<size_t>(slot.index)].value;
-      break;
-    case Slot::Kind::Marker:
-      value = &frame.markers[static_cast<size_t>(slot.index)].value;
-      break;
-    case Slot::Kind::Variable:
-      value = &frame.variables[static_cast<size_t>(slot.index)];
-      break;
-    case Slot::Kind::Constant:
-      break;
-    case Slot::Kind::System:
-      value = &system;
-      switch (static_cast<SystemValue>(slot.index)) {
-        case SystemValue::Now:
-          system = CurrentMoment();
-          break;
-        case SystemValue::RowCount:
-          system = state.rowCount;
-          break;
-        case SystemValue::Identity:
-          system = state.identity;
-          break;
-        case SystemValue::ScopeIdentity:
-          system = frame.scopeIdentity;
-          break;
-        case SystemValue::TransactionCount:
-          system = int64_t{state.transactionCount};
-          break;
-        case SystemValue::Error:
-          system = int64_t{state.error};
-          break;
-      }
-      break;
+  if (slot.kind == Slot::Kind::Literal) {
+    value = &frame.literals[index].value;
+  } else if (slot.kind == Slot::Kind::Marker) {
+    value = &frame.markers[index].value;
+  } else if (slot.kind == Slot::Kind::Variable) {
+    value = &kept.emplace_front(frame.variables[index]);
+  } else if (slot.kind == Slot::Kind::System) {
+    value = &kept.emplace_front(SystemSlot(static_cast<SystemValue>(slot.index), frame));
   }
   switch (slot.conversion) {
     case Slot::Conversion::None:
       return *value;
     case Slot::Conversion::Convert:
-      return Convert(*value, slot.from, slot.to);
+      return kept.emplace_front(Convert(*value, slot.from, slot.to));
     default:
-      return Assign(*value, slot.from, slot.to, slot.column, slot.table);
+      return kept.emplace_front(Assign(*value, slot.from, slot.to, slot.column, slot.table));
   }
 }
 
@@ -367,10 +364,14 @@ void Runner::RunSelectInto(const Query& query, Frame& frame) {
 
 void Runner::RunQuery(Plan& plan, Frame& frame) {
   Execution execution(*this, plan, frame);
+  TakeRows(plan, execution, execution.Step());
+}
+
+void Runner::TakeRows(Plan& plan, Execution& execution, bool hasRow) {
   std::vector<Variant> values;
   int64_t rows = 0;
   size_t bytes = 0;
-  while (execution.Step()) {
+  for (; hasRow; hasRow = execution.Step()) {
     ++rows;
     for (size_t i = 0; i < plan.columns.size(); ++i) {
       values.push_back(ToVariant(execution.Column(i), plan.columns[i].type));
@@ -380,9 +381,8 @@ void Runner::RunQuery(Plan& plan, Frame& frame) {
   }
   session_.State().rowCount = rows;
   if (!Gathers()) return;
-  std::vector<Column> columns;
-  for (const ResultColumn& column : plan.columns) columns.push_back(ColumnOf(column));
-  batch_.results.emplace_back(std::move(columns), std::move(values));
+  if (!plan.resultColumns) plan.resultColumns = ColumnsOf(plan.columns);
+  batch_.results.emplace_back(plan.resultColumns, std::move(values));
 }
 
 void Runner::RunAssign(Plan& plan, Frame& frame) {

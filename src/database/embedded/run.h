@@ -1,6 +1,8 @@
 // Last stage: running a program, statement by statement.
 #pragma once
 
+#include <forward_list>
+
 #include "database/connection.h"
 #include "database/embedded/session.h"
 
@@ -29,7 +31,12 @@ class Runner {
   };
   // Leave ends the procedure at a failure, Abort the batch.
   enum class Flow : uint8_t { Next, Return, Leave, Abort };
+  // Prepares if need be and binds; the statement is reset when the result goes.
+  class Execution;
 
+  // Runs a single query whose plan is kept without looking at the catalogue first. False, and
+  // nothing given, when the batch is another or the plan was no longer right.
+  bool RunAtOnce(Frame& frame);
   Flow RunBlock(const Block& block, Frame& frame);
   Flow RunStatement(const Statement& statement, Frame& frame);
   // Without a handler for failures.
@@ -42,6 +49,8 @@ class Runner {
 
   void RunSelectInto(const Query& query, Frame& frame);
   void RunQuery(Plan& plan, Frame& frame);
+  // The rows from the one where the execution stands.
+  void TakeRows(Plan& plan, Execution& execution, bool hasRow);
   void RunAssign(Plan& plan, Frame& frame);
   void RunChange(Plan& plan, Frame& frame);
   void RunSelect(const SelectStatement& select, Frame& frame);
@@ -77,10 +86,10 @@ class Runner {
 
   TypedValue Evaluate(const Expression& expression, Frame& frame,
                       std::optional<TypeInfo> type = std::nullopt);
-  // Prepares if need be and binds; the statement is reset when the result goes.
-  class Execution;
-  class Reading;
-  Value SlotValue(const Slot& slot, Frame& frame);
+  // The value itself where it stays as it is while the statement runs, or one that is put in
+  // `kept`.
+  const Value& SlotValue(const Slot& slot, Frame& frame, std::forward_list<Value>& kept);
+  Value SystemSlot(SystemValue which, const Frame& frame) const;
   BindInput InputOf(Frame& frame);
   template <typename Bind>
   Plan& PlanOf(const void* node, Frame& frame, Bind bind) {

@@ -1,6 +1,7 @@
 // One open database with everything that lives as long as it does.
 #pragma once
 
+#include <chrono>
 #include <map>
 
 #include "database/embedded/catalog.h"
@@ -45,11 +46,6 @@ class Session {
   // The program of a stored procedure; nullptr when there is none of that name.
   std::shared_ptr<Program> Procedure(TextView name);
 
-  // Begins and ends a transaction that only reads: one look at the file for what it asks the
-  // catalogue and the tables. False, and nothing done, within an open transaction.
-  bool BeginReading();
-  void EndReading() noexcept;
-
   void BeginTransaction(const Text& name);
   void CommitTransaction();                    // 3902
   void RollbackTransaction(const Text& name);  // 3903; 6401 when it has another name
@@ -70,9 +66,10 @@ class Session {
   }
 
   // Ready for the next client. False when it should be closed instead.
-  bool Reset(TimeLimits limits) noexcept;
-  // Whether the file is still the one that was opened.
-  bool IsCurrent() const;
+  bool Reset() noexcept;
+  void Limit(TimeLimits limits);
+  // Whether the file is still the one that was opened, as it was within the last kMoment.
+  bool IsCurrent();
 
  private:
   void TakeBack();
@@ -82,12 +79,11 @@ class Session {
   Catalog catalog_;
   ProgramCache programs_;
   SessionState state_;
-  Prepared begin_;
-  Prepared end_;
   std::map<Text, std::shared_ptr<Program>> procedures_;
   uint64_t proceduresGeneration_ = 0;
   std::optional<int64_t> nextKey_;
   int32_t commandLimit_;
+  std::chrono::steady_clock::time_point lastSeen_;  // when the file was looked for
 };
 
 }  // namespace vellum250::database::embedded

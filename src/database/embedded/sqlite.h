@@ -54,6 +54,7 @@ class Database {
   Database& operator=(const Database&) = delete;
 
   sqlite3* Get() const { return handle_.get(); }
+  const Text& Path() const { return path_; }  // as the user gave it
   FunctionContext& Context() { return context_; }
 
   Prepared Prepare(std::string_view sql, bool keep = true);

@@ -1,6 +1,7 @@
 #include "database/embedded/tokens.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <iterator>
 
@@ -40,8 +41,26 @@ constexpr bool IsNameStart(char16_t c) {
   return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || c == u'#' ||
          (c >= 0xC0 && c < 0x2000 && c != 0xD7 && c != 0xF7) || (c >= 0x2C00 && c < 0xD800);
 }
-constexpr bool IsNamePart(char16_t c) {
-  return IsNameStart(c) || IsDigit(c) || c == u'@' || c == u'$';
+constexpr auto kNameParts = [] {
+  std::array<bool, 128> parts{};
+  for (char16_t c = 0; c < 128; ++c) {
+    parts[c] = IsNameStart(c) || IsDigit(c) || c == u'@' || c == u'$';
+  }
+  return parts;
+}();
+constexpr bool IsNamePart(char16_t c) { return c < 128 ? kNameParts[c] : IsNameStart(c); }
+
+constexpr bool IsPair(char16_t first, char16_t second) {
+  switch (second) {
+    case u'=':
+      return TextView(u"<>!+-*/%").find(first) != TextView::npos;
+    case u'>':
+      return first == u'<' || first == u'!';
+    case u'<':
+      return first == u'!';
+    default:
+      return first == u':' && second == u':';
+  }
 }
 
 class Scanner {
@@ -75,6 +94,7 @@ class Scanner {
   bool SkipBlanks() {
     for (; at_ < batch_.size(); ++at_) {
       const char16_t c = batch_[at_];
+      if (c < 128 && kNameParts[c]) break;
       if (c == u'\n') {
         ++line_;
       } else if (c == u'-' && Peek(1) == u'-') {
@@ -111,11 +131,12 @@ class Scanner {
   void Next() {
     const size_t begin = at_;
     const char16_t c = batch_[at_];
-    if (c == u'\'') return TakeText(begin, SqlType::VarChar);
     if ((c == u'N' || c == u'n') && Peek(1) == u'\'') {
       ++at_;
       return TakeText(begin, SqlType::NVarChar);
     }
+    if (IsNameStart(c)) return TakeName(TokenKind::Name, begin);
+    if (c == u'\'') return TakeText(begin, SqlType::VarChar);
     if (IsDigit(c) || (c == u'.' && IsDigit(Peek(1)))) return TakeNumber(begin);
     if (c == u'$' || c == 0xA3) {
       ++at_;
@@ -128,14 +149,11 @@ class Scanner {
       at_ += kind == TokenKind::Variable ? 1 : 2;
       return TakeName(kind, begin);
     }
-    if (IsNameStart(c)) return TakeName(TokenKind::Name, begin);
     if (c == u'?') {
       ++at_;
       return Add(TokenKind::Marker, begin, out_.markers++);
     }
-    static constexpr TextView kPairs[] = {u"<=", u">=", u"<>", u"!=", u"!<", u"!>",
-                                          u"+=", u"-=", u"*=", u"/=", u"%=", u"::"};
-    at_ += std::ranges::count(kPairs, batch_.substr(at_, 2)) > 0 ? 2 : 1;
+    at_ += IsPair(c, Peek(1)) ? 2 : 1;
     Add(TokenKind::Symbol, begin);
   }
 
@@ -164,19 +182,18 @@ class Scanner {
   // at_ is on the opening quote.
   void TakeText(size_t begin, SqlType type) {
     const size_t first = ++at_;
-    Text text;
-    for (size_t from = first;; from = at_) {
-      const size_t quote = batch_.find(u'\'', from);
-      if (quote == TextView::npos) throw Unclosed(first);
-      text.append(batch_, from, quote - from);
-      at_ = quote + 1;
-      if (Peek() != u'\'') break;
-      text.push_back(u'\'');
+    size_t doubled = 0;
+    for (;; ++at_) {
+      if (at_ == batch_.size()) throw Unclosed(first);
+      if (batch_[at_] == u'\n') ++line_;
+      if (batch_[at_] != u'\'') continue;
+      if (Peek(1) != u'\'') break;
+      ++doubled;
       ++at_;
     }
-    line_ += static_cast<int32_t>(std::ranges::count(batch_.substr(first, at_ - first), u'\n'));
-    const auto length = std::max(1, static_cast<int32_t>(text.size()));
-    std::string value = ToUtf8(text);
+    const TextView text = batch_.substr(first, at_++ - first);
+    const auto length = std::max(1, static_cast<int32_t>(text.size() - doubled));
+    std::string value = ToUtf8(doubled == 0 ? text : TextView(ReplaceAll(text, u"''", u"'")));
     if (type == SqlType::VarChar) value = Narrow(std::move(value));
     AddLiteral(begin, {std::move(value), TypeInfo{type, length, 0, 0}});
   }
@@ -186,7 +203,8 @@ class Scanner {
       throw Unsupported(u"a binary literal", startLine_);
     }
     const bool money = begin != at_;
-    std::string digits = "0";  // without the point; "$" is 0
+    int64_t number = 0;
+    int32_t length = 0;  // without the point and leading zeros
     int32_t scale = 0;
     bool point = false;
     for (; IsDigit(Peek()) || (Peek() == u'.' && !point); ++at_) {
@@ -194,15 +212,14 @@ class Scanner {
         point = true;
         continue;
       }
-      digits.push_back(static_cast<char>(batch_[at_]));
       if (point) ++scale;
+      if (length == 0 && batch_[at_] == u'0') continue;
+      if (++length <= 18) number = number * 10 + (batch_[at_] - u'0');
     }
     if (!money && (Peek() == u'e' || Peek() == u'E')) return TakeFloat(begin);
-    digits.erase(0, std::min(digits.find_first_not_of('0'), digits.size() - 1));
-    const auto length = static_cast<int32_t>(digits.size());
+    length = std::max(length, 1);
     if (length > 18 || scale > 18)
       throw Unsupported(u"a number of more than 18 digits", startLine_);
-    const int64_t number = digits.empty() ? 0 : std::stoll(digits);  // none: "$" alone
     const TypeInfo decimal = DecimalType(std::max(length, std::max(scale, 1)), scale);
     if (money) return AddLiteral(begin, {Convert(number, decimal, kMoney), kMoney});
     if (!point && number <= INT32_MAX) {
