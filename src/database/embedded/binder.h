@@ -60,6 +60,7 @@ struct Scope {
   std::optional<Grouping> grouping;
   bool aggregatesAllowed = false;
   int32_t insideAggregate = 0;
+  int32_t columnsFound = 0;
 };
 
 struct BoundQuery {
@@ -153,6 +154,7 @@ class Binder {
   const BindInput& input_;
   std::vector<Slot> slots_;
   int32_t aliases_ = 0;
+  int32_t columnsFound_ = 0;  // in all scopes
   int32_t views_ = 0;  // depth of views in views
   bool constants_ = false;
   // Literals of a view's text, instead of the batch's.

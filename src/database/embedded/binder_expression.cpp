@@ -183,6 +183,8 @@ Typed Binder::BindColumn(const Expression& expression, Scope& scope) {
                      at->grouping->failure),
           expression.line);
     }
+    ++at->columnsFound;
+    ++columnsFound_;
     return column->Value();
   }
   if (!expression.qualifier.empty() && !qualifierKnown) {

@@ -236,9 +236,14 @@ Typed Binder::BindAggregate(const Expression& e, Scope& scope) {
     if (!counts) throw AtLine(SyntaxNear(u"*"), e.line);
     return Called("count(*)", countType);
   }
+  const int32_t own = scope.columnsFound;
+  const int32_t all = columnsFound_;
   ++scope.insideAggregate;
   Typed value = Bind(*e.arguments[0], scope);
   --scope.insideAggregate;
+  if (columnsFound_ != all && scope.columnsFound == own) {
+    throw Unsupported(u"an aggregate over columns of an outer query", e.line);
+  }
   if (value.isNull) throw InvalidOperandType(u"NULL", name);
   if (counts && IsLongText(value.type)) {
     throw InvalidOperandType(MessageName(value.type), name);
