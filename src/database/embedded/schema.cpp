@@ -1,5 +1,7 @@
 #include "database/embedded/schema.h"
 
+#include <algorithm>
+
 #include "automation/locale.h"
 #include "database/embedded/failures.h"
 #include "database/embedded/messages.h"
