@@ -12,6 +12,10 @@
 #include "database/connection.h"
 #include "support/postgres_server.h"
 
+// The driver manager (unixODBC 2.3.11) keeps the converters of pooled connections for ever.
+extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
+extern "C" const char* __lsan_default_suppressions() { return "leak:iconv_open"; }
+
 namespace vellum250::database {
 namespace {
 
