@@ -209,7 +209,7 @@ class Playground {
     sqlite3_commit_hook(
         Handle(), [](void* count) { return ++*static_cast<int*>(count), 0; }, &commits_);
     sqlite3_hard_heap_limit64(kMostMemory);
-    session_.Reset(kLimits);
+    session_.Limit(kLimits);
   }
   ~Playground() { sqlite3_close(copy_); }
   Playground(const Playground&) = delete;
@@ -291,7 +291,7 @@ class Playground {
   }
 
   void RestoreAll(TextView sql) {
-    if (!session_.Reset(kLimits)) Report("a session that cannot be reset", sql, "");
+    if (!session_.Reset()) Report("a session that cannot be reset", sql, "");
     Copy(copy_, Handle());
     session_.Objects().Reload();
   }

@@ -155,7 +155,7 @@ class Binder {
   std::vector<Slot> slots_;
   int32_t aliases_ = 0;
   int32_t columnsFound_ = 0;  // in all scopes
-  int32_t views_ = 0;  // depth of views in views
+  int32_t views_ = 0;         // depth of views in views
   bool constants_ = false;
   // Literals of a view's text, instead of the batch's.
   const std::vector<TypedValue>* viewLiterals_ = nullptr;
