@@ -68,7 +68,7 @@ class Session {
   // Ready for the next client. False when it should be closed instead.
   bool Reset() noexcept;
   void Limit(TimeLimits limits);
-  // Whether the file is still the one that was opened, as it was within the last kMoment.
+  // Whether the file is still the one that was opened.
   bool IsCurrent();
 
  private:
@@ -83,7 +83,6 @@ class Session {
   uint64_t proceduresGeneration_ = 0;
   std::optional<int64_t> nextKey_;
   int32_t commandLimit_;
-  std::chrono::steady_clock::time_point lastSeen_;  // when the file was looked for
 };
 
 }  // namespace vellum250::database::embedded
