@@ -88,12 +88,14 @@ Value ToWhole(ValueRef value, TypeInfo from, TypeInfo to) {
     case TypeClass::Whole:
       return FitWhole(value.Integer(), from, to);
     case TypeClass::Decimal:
-      // Any part of a number makes a bit 1; other types drop the fraction.
+    case TypeClass::Money: {
+      // Any part of a number makes a bit 1; else a decimal drops the fraction, money rounds it.
       if (to.type == SqlType::Bit) return int64_t{value.Integer() != 0};
-      return FitWhole(*Rescale(value.Integer(), from.scale, 0, Rounding::TowardsZero), from, to);
-    case TypeClass::Money:
-      if (to.type == SqlType::Bit) return int64_t{value.Integer() != 0};
-      return FitWhole(*Rescale(value.Integer(), 4, 0), from, to);
+      const bool drops = from.type == SqlType::Decimal;
+      return FitWhole(*Rescale(value.Integer(), AsDecimal(from).scale, 0,
+                               drops ? Rounding::TowardsZero : Rounding::HalfAwayFromZero),
+                      from, to);
+    }
     case TypeClass::Float:
       return WholeFromFloat(value.Double(), to);
     case TypeClass::DateTime:
@@ -113,26 +115,28 @@ std::optional<Int128> ScaledFromFloat(double value, int32_t scale) {
   return static_cast<Int128>(scaled);
 }
 
+// A number or a date scaled by 10^scale; nullopt when it is beyond 128 bits.
+std::optional<Int128> Scaled(ValueRef value, TypeInfo from, int32_t scale) {
+  switch (ClassOf(from.type)) {
+    case TypeClass::Float:
+      return ScaledFromFloat(value.Double(), scale);
+    case TypeClass::DateTime:
+      return ScaledFromFloat(DaysOf(value.Text()), scale);
+    default:
+      return Rescale(value.Integer(), AsDecimal(from).scale, scale);
+  }
+}
+
 Value ToDecimal(ValueRef value, TypeInfo from, TypeInfo to) {
   const TextView source = MessageName(from);
   std::optional<Int128> number;
-  bool overflow = false;
-  switch (ClassOf(from.type)) {
-    case TypeClass::Whole:
-    case TypeClass::Decimal:
-    case TypeClass::Money:
-      number = Rescale(value.Integer(), AsDecimal(from).scale, to.scale);
-      break;
-    case TypeClass::Float:
-      number = ScaledFromFloat(value.Double(), to.scale);
-      break;
-    case TypeClass::DateTime:
-      number = ScaledFromFloat(DaysOf(value.Text()), to.scale);
-      break;
-    default:
-      number = ParseScaled(value.Text(), to.scale, overflow);
-      if (!number) throw InvalidNumberText(source, u"numeric");
-      if (overflow) number.reset();
+  if (IsNumber(from) || IsDate(from)) {
+    number = Scaled(value, from, to.scale);
+  } else {
+    bool overflow = false;
+    number = ParseScaled(value.Text(), to.scale, overflow);
+    if (!number) throw InvalidNumberText(source, u"numeric");
+    if (overflow) number.reset();
   }
   if (!number) throw ConversionOverflow(source, u"numeric");
   return FitDecimal(*number, to, source);
@@ -175,19 +179,15 @@ std::optional<Int128> ParseMoney(std::string_view text, bool& overflow) {
 Value ToMoney(ValueRef value, TypeInfo from, TypeInfo to) {
   std::optional<Int128> number;
   bool overflow = false;
-  const TypeClass source = ClassOf(from.type);
-  if (source == TypeClass::Text) {
+  if (IsText(from)) {
     number = ParseMoney(value.Text(), overflow);
     if (!number) throw InvalidMoneyText();
-  } else if (source == TypeClass::Float || source == TypeClass::DateTime) {
-    const double days = source == TypeClass::Float ? value.Double() : DaysOf(value.Text());
-    number = ScaledFromFloat(days, 4);
   } else {
-    number = Rescale(value.Integer(), AsDecimal(from).scale, 4);
+    number = Scaled(value, from, 4);
   }
   const IntegerRange range = RangeOf(to.type);
   if (!number || overflow || *number < range.least || *number > range.most) {
-    if (source == TypeClass::Text) throw MoneyOverflow();
+    if (IsText(from)) throw MoneyOverflow();
     throw ExpressionOverflow(MessageName(to));
   }
   return static_cast<int64_t>(*number);

@@ -259,31 +259,8 @@ std::optional<std::string> QuoteName(std::string_view text, std::string_view quo
 }
 
 int64_t DataLength(ValueRef value, TypeInfo type) {
-  switch (type.type) {
-    case SqlType::Bit:
-    case SqlType::TinyInt:
-      return 1;
-    case SqlType::SmallInt:
-      return 2;
-    case SqlType::Int:
-    case SqlType::SmallMoney:
-    case SqlType::Real:
-    case SqlType::SmallDateTime:
-      return 4;
-    case SqlType::Date:
-      return 3;
-    case SqlType::BigInt:
-    case SqlType::Money:
-    case SqlType::Float:
-    case SqlType::DateTime:
-      return 8;
-    case SqlType::UniqueIdentifier:
-      return 16;
-    case SqlType::Decimal:
-      return type.precision < 10 ? 5 : type.precision < 20 ? 9 : type.precision < 29 ? 13 : 17;
-    default:
-      return Utf16Length(value.Text()) * (IsNational(type) ? 2 : 1);
-  }
+  const int32_t bytes = StoredBytes(type);
+  return bytes != 0 ? bytes : Utf16Length(value.Text()) * (IsNational(type) ? 2 : 1);
 }
 
 }  // namespace vellum250::database::embedded

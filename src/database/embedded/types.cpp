@@ -17,34 +17,35 @@ struct TypeTraits {
   int32_t digits;      // as a decimal
   int32_t scale;
   int32_t textLength;  // of any value as text
+  int32_t bytes;       // as stored; 0 where that depends on the value or the precision
 };
 
 // In the order of SqlType.
 constexpr TypeTraits kTraits[] = {
-    {SqlType::Bit, TypeClass::Whole, 11, 1, 0, 1},
-    {SqlType::TinyInt, TypeClass::Whole, 12, 3, 0, 3},
-    {SqlType::SmallInt, TypeClass::Whole, 13, 5, 0, 6},
-    {SqlType::Int, TypeClass::Whole, 14, 10, 0, 12},
-    {SqlType::BigInt, TypeClass::Whole, 15, 19, 0, 24},
-    {SqlType::Decimal, TypeClass::Decimal, 18, 18, 0, 41},
-    {SqlType::Money, TypeClass::Money, 17, 19, 4, 30},
-    {SqlType::SmallMoney, TypeClass::Money, 16, 10, 4, 30},
-    {SqlType::Float, TypeClass::Float, 20, 0, 0, 30},
-    {SqlType::Real, TypeClass::Float, 19, 0, 0, 30},
-    {SqlType::DateTime, TypeClass::DateTime, 23, 0, 0, 30},
-    {SqlType::SmallDateTime, TypeClass::DateTime, 22, 0, 0, 30},
-    {SqlType::Date, TypeClass::DateTime, 21, 0, 0, 30},
-    {SqlType::Char, TypeClass::Text, 3, 0, 0, 0},
-    {SqlType::VarChar, TypeClass::Text, 4, 0, 0, 0},
-    {SqlType::Text, TypeClass::Text, 9, 0, 0, 0},
-    {SqlType::NChar, TypeClass::Text, 5, 0, 0, 0},
-    {SqlType::NVarChar, TypeClass::Text, 6, 0, 0, 0},
-    {SqlType::NText, TypeClass::Text, 10, 0, 0, 0},
-    {SqlType::UniqueIdentifier, TypeClass::Guid, 7, 0, 0, 36},
-    {SqlType::Binary, TypeClass::Binary, 0, 0, 0, 0},
-    {SqlType::VarBinary, TypeClass::Binary, 1, 0, 0, 0},
-    {SqlType::Image, TypeClass::Binary, 8, 0, 0, 0},
-    {SqlType::Sysname, TypeClass::Text, 6, 0, 0, 0},
+    {SqlType::Bit, TypeClass::Whole, 11, 1, 0, 1, 1},
+    {SqlType::TinyInt, TypeClass::Whole, 12, 3, 0, 3, 1},
+    {SqlType::SmallInt, TypeClass::Whole, 13, 5, 0, 6, 2},
+    {SqlType::Int, TypeClass::Whole, 14, 10, 0, 12, 4},
+    {SqlType::BigInt, TypeClass::Whole, 15, 19, 0, 24, 8},
+    {SqlType::Decimal, TypeClass::Decimal, 18, 18, 0, 41, 0},
+    {SqlType::Money, TypeClass::Money, 17, 19, 4, 30, 8},
+    {SqlType::SmallMoney, TypeClass::Money, 16, 10, 4, 30, 4},
+    {SqlType::Float, TypeClass::Float, 20, 0, 0, 30, 8},
+    {SqlType::Real, TypeClass::Float, 19, 0, 0, 30, 4},
+    {SqlType::DateTime, TypeClass::DateTime, 23, 0, 0, 30, 8},
+    {SqlType::SmallDateTime, TypeClass::DateTime, 22, 0, 0, 30, 4},
+    {SqlType::Date, TypeClass::DateTime, 21, 0, 0, 30, 3},
+    {SqlType::Char, TypeClass::Text, 3, 0, 0, 0, 0},
+    {SqlType::VarChar, TypeClass::Text, 4, 0, 0, 0, 0},
+    {SqlType::Text, TypeClass::Text, 9, 0, 0, 0, 0},
+    {SqlType::NChar, TypeClass::Text, 5, 0, 0, 0, 0},
+    {SqlType::NVarChar, TypeClass::Text, 6, 0, 0, 0, 0},
+    {SqlType::NText, TypeClass::Text, 10, 0, 0, 0, 0},
+    {SqlType::UniqueIdentifier, TypeClass::Guid, 7, 0, 0, 36, 16},
+    {SqlType::Binary, TypeClass::Binary, 0, 0, 0, 0, 0},
+    {SqlType::VarBinary, TypeClass::Binary, 1, 0, 0, 0, 0},
+    {SqlType::Image, TypeClass::Binary, 8, 0, 0, 0, 0},
+    {SqlType::Sysname, TypeClass::Text, 6, 0, 0, 0, 0},
 };
 constexpr bool InOrder() {
   for (size_t i = 0; i < std::size(kTraits); ++i) {
@@ -259,6 +260,11 @@ TypeInfo AsDecimal(TypeInfo type) {
   const TypeTraits& traits = TraitsOf(type);
   const bool isLiteral = traits.typeClass == TypeClass::Whole && type.precision != 0;
   return DecimalType(isLiteral ? type.precision : traits.digits, traits.scale);
+}
+
+int32_t StoredBytes(TypeInfo type) {
+  if (type.type != SqlType::Decimal) return TraitsOf(type).bytes;
+  return type.precision < 10 ? 5 : type.precision < 20 ? 9 : type.precision < 29 ? 13 : 17;
 }
 
 TypeInfo AsText(TypeInfo type) { return IsText(type) ? type : VarChar(TraitsOf(type).textLength); }

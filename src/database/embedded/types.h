@@ -76,6 +76,8 @@ TextView MessageName(TypeInfo type);
 // The decimal that holds every value of a number type: int is decimal(10,0), money (19,4); a
 // literal counts its own digits.
 TypeInfo AsDecimal(TypeInfo type);
+// What SQL Server stores a value in; 0 for texts and binaries, where that is in the value.
+int32_t StoredBytes(TypeInfo type);
 // The text type that a value of another type becomes as an argument of a text function: long
 // enough for any value. Text types stay as they are.
 TypeInfo AsText(TypeInfo type);
