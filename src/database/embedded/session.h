@@ -1,7 +1,6 @@
 // One open database with everything that lives as long as it does.
 #pragma once
 
-#include <chrono>
 #include <map>
 
 #include "database/embedded/catalog.h"
