@@ -62,7 +62,8 @@ LineEditor::LineEditor(std::FILE* in, std::FILE* out, std::FILE* errors, std::st
   el_set(editor, EL_HIST, history, library_->history.get());
   // Ctrl-C is a key while a line is edited, a signal as ever while a batch runs.
   el_set(editor, EL_SETTY, "-d", "-isig", nullptr);
-  el_set(editor, EL_ADDFN, "cancel-line", "Give up what was typed", &Library::Cancel);
+  // The narrow call keeps copies of the texts that nothing frees.
+  el_wset(editor, EL_ADDFN, L"cancel-line", L"Give up what was typed", &Library::Cancel);
   el_set(editor, EL_BIND, "^C", "cancel-line", nullptr);
 }
 
