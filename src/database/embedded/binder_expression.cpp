@@ -119,7 +119,8 @@ Typed Binder::BindVariable(const Expression& expression) {
   Slot slot;
   slot.kind = Slot::Kind::Variable;
   slot.index = expression.index;
-  return SlotValue(std::move(slot), input_.variables[static_cast<size_t>(slot.index)].type);
+  const TypeInfo type = input_.variables[static_cast<size_t>(slot.index)].type;
+  return SlotValue(std::move(slot), type);
 }
 
 Typed Binder::BindSystemVariable(const Expression& expression) {

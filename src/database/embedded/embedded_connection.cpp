@@ -98,7 +98,6 @@ class EmbeddedConnection final : public Connection {
     return result;
   }
 
- private:
   std::unique_ptr<Session> session_;
 };
 

@@ -471,9 +471,9 @@ void Drop(Database& database, Catalog& catalog, const DropStatement& statement) 
     }
     if (object->kind != statement.kind) {
       const Text is(kKinds[static_cast<size_t>(object->kind)]);
-      throw ServerFailure(3705, u"Cannot use DROP " + ToUpper(kind) + u" with '" + name +
-                                    u"' because '" + name + u"' is a " + is + u". Use DROP " +
-                                    ToUpper(is) + u".");
+      Text message = u"Cannot use DROP " + ToUpper(kind) + u" with '" + name + u"' because '";
+      message.append(name).append(u"' is a ").append(is).append(u". Use DROP ");
+      throw ServerFailure(3705, message.append(ToUpper(is)).append(u"."));
     }
     if (object->kind == ObjectKind::Table) {
       CheckDroppable(catalog, *object);
