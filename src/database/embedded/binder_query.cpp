@@ -195,12 +195,9 @@ class QueryBinder {
     Scope scope;
     Typed value = binder_.Bind(top, scope);
     if (value.isNull || ClassOf(value.type.type) != TypeClass::Whole) {
-      throw ServerFailure(1060,
-                          u"The number of rows provided for a TOP or FETCH clauses row count "
-                          u"parameter must be an integer.",
-                          top.line);
+      throw AtLine(TopIsNoInteger(), top.line);
     }
-    return value.sql;
+    return top.kind == ExpressionKind::Literal ? value.sql : "v_top(" + value.sql + ")";
   }
 
   bool IsOne(const Expression& top) {

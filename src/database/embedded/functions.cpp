@@ -241,6 +241,13 @@ void NewIdCall(const Call& call) {
   call.Return(text);
 }
 
+// How many rows TOP asks for.
+void TopCall(const Call& call) {
+  if (call.IsNull(0)) throw TopIsNoInteger();
+  if (call.Integer(0) < 0) throw NegativeTop();
+  call.Return(call.Integer(0));
+}
+
 // ---- The table ----------------------------------------------------------------------------------
 
 constexpr int kPure = SQLITE_DETERMINISTIC;
@@ -278,6 +285,7 @@ constexpr Entry kFunctions[] = {
     Function<OperatorCall<Operator::Divide>>("v_div", 3, 5),
     Function<OperatorCall<Operator::Modulo>>("v_mod", 3, 5),
     Function<NegateCall>("v_neg", 2, 2),
+    Function<TopCall, Nulls::Seen>("v_top", 1, 1),
 
     Function<[](const Call& call) { call.Return(Utf16Length(TrimTrailingBlanks(call.Text(0)))); }>(
         "v_len", 1, 1),

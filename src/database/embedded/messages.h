@@ -28,6 +28,11 @@ struct Message {
 // Statements and names.
 inline constexpr Message SyntaxNear{102, u"Incorrect syntax near '%'."};
 inline constexpr Message SyntaxNearKeyword{156, u"Incorrect syntax near the keyword '%'."};
+inline constexpr Message NegativeTop{127, u"A TOP N or FETCH rowcount value may not be negative."};
+inline constexpr Message TopIsNoInteger{
+    1060,
+    u"The number of rows provided for a TOP or FETCH clauses row count parameter must be an "
+    u"integer."};
 inline constexpr Message AggregateInWhere{
     147,
     u"An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a "

@@ -236,7 +236,14 @@ class Scanner {
     const std::string number =
         ToUtf8(batch_.substr(begin, at_ - begin)) + (IsDigit(batch_[at_ - 1]) ? "" : "0");
     double value = 0;
-    std::from_chars(number.data(), number.data() + number.size(), value);
+    const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
+    // What is too small for a float is 0.
+    if (read.ec == std::errc::result_out_of_range && number.find('-') == number.npos) {
+      throw ServerFailure(168,
+                          u"The floating point value '" + FromUtf8(number) +
+                              u"' is out of the range of computer representation (8 bytes).",
+                          startLine_);
+    }
     AddLiteral(begin, {value, kFloat});
   }
 
