@@ -4,9 +4,11 @@
 #include <cstring>
 #include <functional>
 #include <set>
+#include <thread>
 
 #include "automation/locale.h"
 #include "database/connection.h"
+#include "database/odbc/pool.h"
 #include "database/provider.h"
 #include "support/odbc_driver/driver.h"
 #include "support/odbc_driver/script.h"
@@ -15,6 +17,7 @@ namespace vellum250::database {
 namespace {
 
 using support::Fault;
+using Clock = std::chrono::steady_clock;
 
 // All that the layer calls and the driver manager does not answer itself, as it does SQLGetInfoW
 // and, while each statement commits by itself, SQLEndTran.
@@ -36,6 +39,7 @@ class OdbcServer : public testing::Test {
     *control_ = {};
   }
   void TearDown() override {
+    odbc::CloseExpired(Clock::time_point::max());
     ExpectNothingLeft();
     dlclose(library_);
   }
@@ -55,7 +59,7 @@ class OdbcServer : public testing::Test {
   void ForEachCall(Fault fault, const std::function<void()>& scenario) {
     for (int call = 1;; ++call) {
       *control_ = {.fault = fault, .faultAt = call};
-      scenario();
+      std::thread(scenario).join();  // its end closes what it has kept
       ExpectNothingLeft();
       if (testing::Test::HasFailure()) {
         FAIL() << "at call " << call << " in "
@@ -245,10 +249,54 @@ TEST_F(OdbcServer, CallsProceduresWithTypedParameters) {
             std::string::npos);
 }
 
-TEST_F(OdbcServer, ReplacesADeadConnectionOnce) {
-  control_->deadConnections = 1;
+TEST_F(OdbcServer, KeepsIdleConnections) {
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(Open()->Execute(u"batch").RowCount(), 2u);
+  EXPECT_EQ(control_->connects, 1);
+  EXPECT_EQ(control_->resets, 4);
+  Open(u"APP=other;");
+  Open(u"Connect Timeout=3;");
+  EXPECT_EQ(control_->connects, 3) << "connections that are not alike";
+
+  // Those of another thread are its own, and end with it.
+  std::thread([this] {
+    for (int i = 0; i < 2; ++i) Open();
+  }).join();
+  EXPECT_EQ(control_->connects, 4);
+  EXPECT_EQ(control_->openConnections, 3);
+
+  odbc::CloseExpired(Clock::now() + std::chrono::seconds(58));
+  EXPECT_EQ(control_->openConnections, 3);
+  odbc::CloseExpired(Clock::now() + std::chrono::seconds(61));
+  EXPECT_EQ(control_->openConnections, 0);
+}
+
+TEST_F(OdbcServer, KeepsNoMoreThanEight) {
+  std::vector<std::unique_ptr<Connection>> several;
+  for (int i = 0; i < 12; ++i) several.push_back(Open());
+  several.clear();
+  EXPECT_EQ(control_->openConnections, 8);
+  for (int i = 0; i < 9; ++i) several.push_back(Open());
+  EXPECT_EQ(control_->connects, 13);
+}
+
+TEST_F(OdbcServer, ClosesAConnectionThatOutlivesItsThreadsPool) {
+  std::thread([this] {
+    thread_local std::unique_ptr<Connection> last;  // ends behind the pool, which is made later
+    last.reset();
+    last = Open();
+  }).join();
+  EXPECT_EQ(control_->connects, 1);
+}
+
+TEST_F(OdbcServer, ReplacesDeadConnections) {
+  {
+    const auto first = Open();
+    const auto second = Open();
+  }
+  control_->died = 2;
   EXPECT_EQ(Open()->Execute(u"batch").RowCount(), 2u);
-  EXPECT_EQ(control_->connects, 2);
+  EXPECT_EQ(control_->connects, 3);
+  EXPECT_EQ(control_->openConnections, 1);
 }
 
 TEST_F(OdbcServer, PassesTimeOutsOn) {
@@ -271,7 +319,9 @@ TEST_F(OdbcServer, TakesATransactionBackThatABatchLeft) {
     connection->Execute(sql);
     EXPECT_EQ(control_->openTransactions, 1);
   }
+  EXPECT_EQ(control_->openTransactions, 0);
   EXPECT_EQ(control_->abandonedTransactions, 0);
+  EXPECT_EQ(control_->connects, 1);
 }
 
 TEST_F(OdbcServer, TurnsEveryFailingCallIntoAFailure) {
@@ -293,6 +343,14 @@ TEST_F(OdbcServer, TurnsEveryFailingCallIntoAFailure) {
         EXPECT_EQ(std::strstr(failure.what(), "s3cret"), nullptr) << failure.what();
         EXPECT_EQ(control_->abandonedTransactions, 0);
       }
+      // What it leaves to the next one works, or is replaced.
+      const bool isOver = control_->faultedIn != nullptr;
+      try {
+        EXPECT_EQ(Open()->Execute(u"batch").RowCount(), 2u);
+      } catch (const Failure& failure) {
+        EXPECT_FALSE(isOver) << failure.what();
+      }
+      EXPECT_EQ(control_->openTransactions, 0);
     });
   }
 }
@@ -301,7 +359,7 @@ TEST_F(OdbcServer, SurvivesEveryLie) {
   for (Fault fault : {Fault::SmallLie, Fault::LargeLie}) {
     ForEachCall(fault, [&] {
       try {
-        const auto connection = Open();
+        auto connection = Open();
         connection->Execute(u"BEGIN TRANSACTION");
         for (const char16_t* sql : {u"types", u"long", u"long without total", u"batch"}) {
           connection->Execute(sql);
@@ -309,6 +367,8 @@ TEST_F(OdbcServer, SurvivesEveryLie) {
         const std::vector<ProcedureParameter> parameters = AllDirections();
         connection->Call(u"usp_all", parameters);
         EXPECT_TRUE(connection->Run(u"fail 23000 2627").failure);
+        connection.reset();
+        Open();
       } catch (const Failure& failure) {
         EXPECT_NE(control_->faultedIn, nullptr) << failure.what();
       }

@@ -1,46 +1,20 @@
 // ODBC against PostgreSQL through its Unicode driver: a server with sessions, batches, time-outs
 // and passwords, that can be stopped under a connection.
+#include <malloc.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 
 #include "automation/locale.h"
 #include "database/connection.h"
+#include "database/odbc/pool.h"
 #include "support/postgres_server.h"
-
-// The driver manager (unixODBC 2.3.11) keeps the converters of pooled connections for ever.
-extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
-extern "C" const char* __lsan_default_suppressions() { return "leak:iconv_open"; }
 
 namespace vellum250::database {
 namespace {
-
-// The drivers of this machine with the driver manager's pool switched on, which counts for the
-// whole process. Before any test, as the driver manager reads it once.
-class Pooling : public testing::Environment {
- public:
-  void SetUp() override {
-    std::filesystem::create_directories(folder_);
-    std::ofstream settings(folder_ / "odbcinst.ini");
-    settings << "[ODBC]\nPooling=Yes\n";
-    std::ifstream installed("/etc/odbcinst.ini");
-    for (std::string line; std::getline(installed, line);) {
-      settings << line << '\n';
-      if (line == "[PostgreSQL Unicode]") settings << "CPTimeout=60\n";
-    }
-    setenv("ODBCSYSINI", folder_.c_str(), 1);
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
- private:
-  std::filesystem::path folder_ = std::filesystem::temp_directory_path() /
-                                  ("vellum250_odbc_settings_" + std::to_string(getpid()));
-};
-[[maybe_unused]] const auto* const pooling = testing::AddGlobalTestEnvironment(new Pooling);
 
 class Postgres : public testing::Test {
  protected:
@@ -57,6 +31,8 @@ class Postgres : public testing::Test {
 Variant Scalar(Connection& connection, TextView sql, std::vector<Variant> parameters = {}) {
   return connection.Execute(sql, parameters).Field(0);
 }
+
+constexpr char16_t kSession[] = u"select pg_backend_pid()";
 
 std::string Told(const Failure& failure) {
   char number[10];
@@ -206,10 +182,38 @@ TEST_F(Postgres, TellsWhyItCannotConnectAndNeverThePassword) {
   }
 }
 
-TEST_F(Postgres, ReplacesPooledConnectionsThatDied) {
-  constexpr char16_t kSession[] = u"select pg_backend_pid()";
+TEST_F(Postgres, LeavesASessionToTheProcessThatBeganIt) {
   const Variant session = Scalar(*Open(), kSession);
-  EXPECT_EQ(Scalar(*Open(), kSession), session) << "there is no pool";
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool isOther = Scalar(*Open(), kSession) != session;
+    odbc::CloseExpired(std::chrono::steady_clock::time_point::max());
+    _exit(isOther ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(Scalar(*Open(), kSession), session);
+}
+
+TEST_F(Postgres, KeepsItsMemoryHoweverManyAreOpened) {
+  const auto growth = [](int times, bool anew) {
+    const auto cycle = [anew] {
+      EXPECT_EQ(Scalar(*Open(), u"select 7"), Variant(int32_t{7}));
+      if (anew) odbc::CloseExpired(std::chrono::steady_clock::time_point::max());
+    };
+    for (int i = 0; i < 20; ++i) cycle();
+    const size_t before = mallinfo2().uordblks;
+    for (int i = 0; i < times; ++i) cycle();
+    return static_cast<int64_t>(mallinfo2().uordblks - before);
+  };
+  EXPECT_LT(growth(2000, false), 50'000);
+  EXPECT_LT(growth(100, true), 50'000);
+}
+
+TEST_F(Postgres, ReplacesIdleConnectionsThatDied) {
+  const Variant session = Scalar(*Open(), kSession);
+  EXPECT_EQ(Scalar(*Open(), kSession), session) << "no connection was kept";
   usleep(150'000);
   EXPECT_EQ(Scalar(*Open(), kSession), session) << "a live connection was replaced";
 

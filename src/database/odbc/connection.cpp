@@ -6,6 +6,7 @@
 
 #include "database/odbc/link.h"
 #include "database/odbc/parameter.h"
+#include "database/odbc/pool.h"
 #include "database/odbc/results.h"
 #include "database/provider.h"
 
@@ -69,10 +70,9 @@ Text CallText(TextView procedure, size_t parameterCount) {
 
 class OdbcConnection final : public Connection {
  public:
-  OdbcConnection(Link link, SQLULEN timeout) : link_(std::move(link)), timeout_(timeout) {}
-  ~OdbcConnection() override {
-    if (mayHoldTransaction_) link_.RollBack();
-  }
+  OdbcConnection(std::unique_ptr<Link> link, SQLULEN timeout)
+      : link_(std::move(link)), timeout_(timeout) {}
+  ~OdbcConnection() override { GiveBack(std::move(link_), mayHoldTransaction_); }
 
   Batch Run(TextView sql, std::span<const Variant> parameters) override {
     std::vector<Parameter> bound;
@@ -81,7 +81,7 @@ class OdbcConnection final : public Connection {
     mayHoldTransaction_ = mayHoldTransaction_ || MayLeaveTransaction(sql);
     Batch batch;
     try {
-      Statement statement(link_, timeout_);
+      Statement statement(*link_, timeout_);
       Execute(statement, sql, bound, batch);
     } catch (const DatabaseFailure& failure) {
       batch.failure = failure;
@@ -98,7 +98,7 @@ class OdbcConnection final : public Connection {
     for (const ProcedureParameter& parameter : parameters) bound.emplace_back(parameter);
     mayHoldTransaction_ = true;
     Batch batch;
-    Statement statement(link_, timeout_);
+    Statement statement(*link_, timeout_);
     Execute(statement, sql, bound, batch);
 
     // Only now, behind the last result, has the driver got them.
@@ -129,7 +129,7 @@ class OdbcConnection final : public Connection {
     ReadResults(statement, batch);
   }
 
-  Link link_;
+  std::unique_ptr<Link> link_;
   SQLULEN timeout_;
   bool mayHoldTransaction_ = false;
 };
@@ -139,17 +139,8 @@ class OdbcConnection final : public Connection {
 std::unique_ptr<Connection> Open(const ConnectionString& connectionString) {
   const SQLULEN connectTimeout = Seconds(connectionString, kConnectTimeout, 15);
   const SQLULEN commandTimeout = Seconds(connectionString, kCommandTimeout, 30);
-  const ConnectionString forDriver = ForDriver(connectionString);
-  Link link(forDriver, connectTimeout);
-  // Those that died in the pool: nothing has been sent yet, so that another may take their place.
-  // They are kept until then, lest the pool hand them out again.
-  constexpr size_t kMostDead = 100;
-  std::vector<Link> dead;
-  while (dead.size() < kMostDead && link.IsDead()) {
-    dead.push_back(std::move(link));
-    link = Link(forDriver, connectTimeout);
-  }
-  return std::make_unique<OdbcConnection>(std::move(link), commandTimeout);
+  return std::make_unique<OdbcConnection>(TakeLink(ForDriver(connectionString), connectTimeout),
+                                          commandTimeout);
 }
 
 }  // namespace vellum250::database::odbc

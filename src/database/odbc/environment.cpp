@@ -10,11 +10,6 @@ namespace vellum250::database::odbc {
 namespace {
 
 Handle<SQL_HANDLE_ENV> MakeEnvironment() {
-  // Counts only for environments made afterwards. unixODBC wants two settings of odbcinst.ini as
-  // well: Pooling=Yes under [ODBC] and a CPTimeout (seconds) under the driver. Without a pool each
-  // statement logs in anew.
-  SQLSetEnvAttr(nullptr, SQL_ATTR_CONNECTION_POOLING, AttributeValue(SQL_CP_ONE_PER_HENV),
-                SQL_IS_UINTEGER);
   Handle<SQL_HANDLE_ENV> environment(nullptr);
   if (!environment) Fail(u"The ODBC driver manager gives no environment");
   if (!SQL_SUCCEEDED(SQLSetEnvAttr(environment.get(), SQL_ATTR_ODBC_VERSION,
@@ -27,7 +22,7 @@ Handle<SQL_HANDLE_ENV> MakeEnvironment() {
 }  // namespace
 
 SQLHANDLE Environment() {
-  // Shared by all threads: the pool belongs to it. A failure is not kept; the next call tries anew.
+  // A failure is not kept; the next call tries anew.
   static const Handle<SQL_HANDLE_ENV> environment = MakeEnvironment();
   return environment.get();
 }

@@ -46,14 +46,15 @@ class Handle {
   }
 
   SQLHANDLE get() const { return handle_; }
+  // Leaves it allocated for ever.
+  void Forget() { handle_ = nullptr; }
   explicit operator bool() const { return handle_ != nullptr; }
 
  private:
   SQLHANDLE handle_ = nullptr;
 };
 
-// The one environment of the process, which holds the pool of idle connections. Raises a
-// DatabaseFailure when the driver manager gives none.
+// The one environment of the process. Raises a DatabaseFailure when the driver manager gives none.
 SQLHANDLE Environment();
 
 }  // namespace vellum250::database::odbc

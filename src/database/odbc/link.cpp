@@ -1,56 +1,21 @@
 #include "database/odbc/link.h"
 
-#include <chrono>
+#ifndef _WIN32
+#include <unistd.h>
+#endif
+
 #include <limits>
-#include <mutex>
-#include <unordered_map>
 
 namespace vellum250::database::odbc {
 
 namespace {
 
-SQLHANDLE DriverHandle(SQLHANDLE link) {
-  SQLHANDLE driver = nullptr;
-  SQLSMALLINT bytes = 0;
-  const bool told = SQL_SUCCEEDED(SQLGetInfoW(link, SQL_DRIVER_HDBC, static_cast<void*>(&driver),
-                                              SQLSMALLINT{sizeof driver}, &bytes));
-  return told ? driver : nullptr;
-}
-
-// When connections were used last, by the driver's handle, which stays the same in the pool.
-class Uses {
- public:
-  // Whether a connection that is opened has been in the pool for so long that its server may have
-  // been started anew. Between the statements of one page nothing is asked.
-  bool HasRested(SQLHANDLE driver) {
-    constexpr std::chrono::milliseconds kRest(100);
-    const auto now = Clock::now();
-    const std::lock_guard lock(mutex_);
-    const auto [use, isFirst] = last_.try_emplace(driver, now);
-    return !isFirst && now - use->second > kRest;
-  }
-
-  void End(SQLHANDLE driver) {
-    const std::lock_guard lock(mutex_);
-    if (const auto use = last_.find(driver); use != last_.end()) use->second = Clock::now();
-  }
-
-  // From now on all count as rested: where one has lost its server, so have the others.
-  void Doubt() {
-    const std::lock_guard lock(mutex_);
-    for (auto& use : last_) use.second = {};
-  }
-
- private:
-  using Clock = std::chrono::steady_clock;
-
-  std::mutex mutex_;
-  std::unordered_map<SQLHANDLE, Clock::time_point> last_;
-};
-
-Uses& LastUses() {
-  static Uses uses;
-  return uses;
+int64_t ProcessId() {
+#ifdef _WIN32
+  return 0;  // nothing forks there
+#else
+  return getpid();
+#endif
 }
 
 void Run(const Statement& statement, TextView sql) {
@@ -61,7 +26,11 @@ void Run(const Statement& statement, TextView sql) {
 }  // namespace
 
 Link::Link(const ConnectionString& connectionString, SQLULEN timeout)
-    : passwords_(connectionString.Passwords()), handle_(Environment()) {
+    : source_(connectionString.Source()),
+      timeout_(timeout),
+      passwords_(connectionString.Passwords()),
+      process_(ProcessId()),
+      handle_(Environment()) {
   if (!handle_) throw FailureOf(SQL_HANDLE_ENV, Environment(), passwords_);
   // Drivers without it, those of local files for one, connect all the same.
   SQLSetConnectAttrW(handle_.get(), SQL_ATTR_LOGIN_TIMEOUT, AttributeValue(timeout),
@@ -80,10 +49,10 @@ Link::Link(const ConnectionString& connectionString, SQLULEN timeout)
 
 Link::~Link() {
   if (!handle_) return;
-  if (isDoubtful_) {
-    LastUses().Doubt();
-  } else {
-    LastUses().End(DriverHandle(handle_.get()));
+  // In a forked process the session is still its parent's, whom a farewell would cost it.
+  if (process_ != ProcessId()) {
+    handle_.Forget();
+    return;
   }
   if (SQL_SUCCEEDED(SQLDisconnect(handle_.get()))) return;
   // A driver refuses while a transaction is open.
@@ -91,36 +60,48 @@ Link::~Link() {
   SQLDisconnect(handle_.get());
 }
 
-bool Link::IsDead() const {
+bool Link::IsFor(const ConnectionString& connectionString, SQLULEN timeout) const {
+  return timeout_ == timeout && SameText(source_, connectionString.Source());
+}
+
+bool Link::BeginAnew(bool hasRested) {
+  if (process_ != ProcessId()) return false;
   SQLUINTEGER dead = SQL_CD_FALSE;
   if (SQL_SUCCEEDED(SQLGetConnectAttrW(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &dead,
                                        SQL_IS_UINTEGER, nullptr)) &&
       dead == SQL_CD_TRUE) {
-    return true;
+    return false;
   }
-  if (!LastUses().HasRested(DriverHandle(handle_.get()))) return false;
+  // SQL_COPT_SS_RESET_CONNECTION of SQL Server's drivers: the next statement finds no settings,
+  // temporary tables or locks of earlier ones. Other drivers refuse it, which is no harm.
+  constexpr SQLINTEGER kResetConnection = 1246;
+  SQLSetConnectAttrW(handle_.get(), kResetConnection, AttributeValue(1), SQL_IS_UINTEGER);
+  if (!hasRested && !isDoubtful_) return true;
   constexpr SQLULEN kTimeout = 5;
   try {
     Run(Statement(*this, kTimeout), u"SELECT 1");
-    return false;
   } catch (const DatabaseFailure& failure) {
     // A server to which this is no statement is there all the same.
-    return failure.Number() != kSyntaxFailure;
+    if (failure.Number() != kSyntaxFailure) return false;
   }
+  isDoubtful_ = false;
+  return true;
 }
 
-void Link::RollBack() noexcept {
+bool Link::RollBack() noexcept {
   // In auto-commit mode ODBC's own way does not reach a transaction that a batch has begun in SQL.
   SQLEndTran(SQL_HANDLE_DBC, handle_.get(), SQL_ROLLBACK);
   constexpr SQLULEN kTimeout = 30;
   // SQL Server's, to which nothing to take back is no failure, and everybody's.
   for (TextView sql : {u"IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION", u"ROLLBACK"}) {
     try {
-      return Run(Statement(*this, kTimeout), sql);
+      Run(Statement(*this, kTimeout), sql);
+      return true;
     } catch (const DatabaseFailure&) {
-      // Of the last one most often because there was nothing.
+      continue;  // of some drivers also when there was nothing to take back
     }
   }
+  return false;
 }
 
 Statement::Statement(const Link& link, SQLULEN timeout) : link_(link), handle_(link.get()) {

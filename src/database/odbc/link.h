@@ -1,7 +1,8 @@
 // A connected ODBC connection and the statements on it.
 #pragma once
 
-#include <optional>
+#include <cstdint>
+#include <span>
 #include <vector>
 
 #include "database/connection_string.h"
@@ -10,31 +11,36 @@
 
 namespace vellum250::database::odbc {
 
-// Logged in while it lives; the end gives it back to the driver manager's pool.
+// Logged in while it lives.
 class Link {
  public:
   // Raises a DatabaseFailure. `timeout` in seconds, 0 for no limit.
   Link(const ConnectionString& connectionString, SQLULEN timeout);
-  Link(Link&&) = default;
-  Link& operator=(Link&&) = default;
+  Link(const Link&) = delete;
   ~Link();
 
   SQLHANDLE get() const { return handle_.get(); }
   std::span<const Text> Passwords() const { return passwords_; }
 
-  // Whether it died in the pool. Asks the driver, and the server as well when it has rested there
-  // or has failed before: many drivers find out only by speaking to it.
-  bool IsDead() const;
+  // Whether it was made from just these.
+  bool IsFor(const ConnectionString& connectionString, SQLULEN timeout) const;
 
-  // Takes back whatever is not committed. Never fails: a link for which it did is of no use to
-  // anybody, and the driver manager finds that out.
-  void RollBack() noexcept;
+  // Whether another can use it, as if it were new where the server can do that. Asks the driver,
+  // and the server as well when it may be gone: many drivers find out only by speaking to it.
+  bool BeginAnew(bool hasRested);
+
+  // Takes back whatever is not committed. False when it is of no further use.
+  bool RollBack() noexcept;
 
   // A failure that may mean that the server is gone.
   void Doubt() const { isDoubtful_ = true; }
+  bool IsDoubtful() const { return isDoubtful_; }
 
  private:
+  Text source_;
+  SQLULEN timeout_;
   std::vector<Text> passwords_;
+  int64_t process_;
   Handle<SQL_HANDLE_DBC> handle_;
   mutable bool isDoubtful_ = false;
 };

@@ -4,9 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <memory>
-#include <type_traits>
 
 #include "support/odbc_driver/script.h"
 
@@ -30,24 +28,15 @@ struct Handle {
 };
 
 struct Link : Handle {
-  // No address comes twice: a new connection must not look like one that was given back.
-  static void* operator new(size_t) {
-    static std::deque<std::aligned_storage_t<128>> memory;
-    return &memory.emplace_back();
-  }
-  static void operator delete(void*) {}
-
   bool connected = false;
   bool transaction = false;
-  bool dead = false;
+  int number = 0;  // from 1, in the order of connecting
 
   void SetTransaction(bool open) {
     control.openTransactions += static_cast<int>(open) - static_cast<int>(transaction);
     transaction = open;
   }
 };
-
-static_assert(sizeof(Link) <= 128);
 
 struct Bound {
   SQLSMALLINT direction = SQL_PARAM_INPUT;
@@ -246,6 +235,8 @@ SQLRETURN SQL_API SQLSetConnectAttrW(SQLHDBC handle, SQLINTEGER attribute, SQLPO
   if (attribute == SQL_ATTR_LOGIN_TIMEOUT) {
     control.loginTimeout = reinterpret_cast<SQLULEN>(value);
   }
+  constexpr SQLINTEGER kReset = 1246;  // as SQL Server's drivers have it
+  if (attribute == kReset && value == reinterpret_cast<SQLPOINTER>(1)) ++control.resets;
   return SQL_SUCCESS;
 }
 
@@ -255,7 +246,8 @@ SQLRETURN SQL_API SQLGetConnectAttrW(SQLHDBC handle, SQLINTEGER attribute, SQLPO
   const Call call("SQLGetConnectAttrW", &link);
   if (call.failure) return *call.failure;
   if (attribute != SQL_ATTR_CONNECTION_DEAD) return Error(link, {u"HYC00", 0, u"Not here"});
-  *static_cast<SQLUINTEGER*>(value) = call.Told<SQLUINTEGER>(link.dead, SQL_CD_TRUE, 77);
+  *static_cast<SQLUINTEGER*>(value) =
+      call.Told<SQLUINTEGER>(link.number <= control.died, SQL_CD_TRUE, 77);
   return SQL_SUCCESS;
 }
 
@@ -265,9 +257,7 @@ SQLRETURN SQL_API SQLDriverConnectW(SQLHDBC handle, SQLHWND, SQLWCHAR*, SQLSMALL
   const Call call("SQLDriverConnectW", &link);
   if (call.failure) return *call.failure;
   link.connected = true;
-  link.dead = control.deadConnections > 0;
-  if (link.dead) --control.deadConnections;
-  ++control.connects;
+  link.number = ++control.connects;
   ++control.openConnections;
   return call.lie == Fault::None ? SQL_SUCCESS : SQL_SUCCESS_WITH_INFO;
 }

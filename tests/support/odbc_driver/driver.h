@@ -23,10 +23,11 @@ struct OdbcDriverControl {
   int faultAt = 0;
   int calls = 0;
   const char* faultedIn = nullptr;  // the function that had the fault
-  int deadConnections = 0;          // so many of the next connections are dead when they come
+  int died = 0;                     // so many connections, counted from the first, are dead
 
   int openHandles = 0;
   int connects = 0;
+  int resets = 0;
   int openConnections = 0;
   int openTransactions = 0;
   int abandonedTransactions = 0;   // still open when their connection was given back
