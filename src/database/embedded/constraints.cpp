@@ -38,6 +38,8 @@ const ConstraintInfo* FindKey(const ObjectInfo& table, const Text& detail) {
   Text index;
   if (detail.starts_with(u"index '")) {
     index = detail.substr(7, detail.size() - 8);
+    // Behind the table's name and a point.
+    index.erase(0, table.name.size() + 1);
     if (index.ends_with(u" NULL")) index.resize(index.size() - 5);
   }
   const std::vector<Text> columns = ColumnsOf(detail, table.name);

@@ -27,8 +27,30 @@ class SchemaChange {
   Catalog& catalog_;
 };
 
+// What SQLite knows an index by: there its name is taken for all tables, and for tables too.
+std::string IndexName(const ObjectInfo& table, const Text& index) {
+  return QuotedName(table.name + u"." + index);
+}
+
+bool HasConstraint(const ObjectInfo& object, TextView name) {
+  return std::ranges::any_of(object.constraints, [&](const ConstraintInfo& constraint) {
+    return constraint.kind != ConstraintKind::UniqueIndex &&
+           EqualsIgnoreAsciiCase(constraint.name, name);
+  });
+}
+
+// Whether an object or a constraint has the name: they share one set of names, the temporary ones
+// another.
+bool IsTaken(const Catalog& catalog, TextView name, bool temporary) {
+  return catalog.Find(name) || std::ranges::any_of(catalog.Objects(), [&](const auto& entry) {
+           return entry.second->temporary == temporary && HasConstraint(*entry.second, name);
+         });
+}
+
 void RequireNew(const Catalog& catalog, TextView name) {
-  if (catalog.Find(name) || catalog.FindSystemView({}, name)) throw AlreadyAnObject(name);
+  if (IsTaken(catalog, name, name.starts_with(u'#')) || catalog.FindSystemView({}, name)) {
+    throw AlreadyAnObject(name);
+  }
   const Text lower = ToLower(name);
   if (lower.starts_with(u"sqlite_") || lower.starts_with(u"vellum250_")) {
     throw Unsupported(u"an object named " + Text(name));
@@ -98,7 +120,7 @@ class TableMaker {
   static void MakeUniqueIndex(Database& database, const ObjectInfo& table, TextView name,
                               const std::vector<Text>& columns) {
     const std::string schema = table.Schema();
-    database.Execute("CREATE UNIQUE INDEX " + schema + QuotedName(name) + " ON " +
+    database.Execute("CREATE UNIQUE INDEX " + schema + IndexName(table, Text(name)) + " ON " +
                      QuotedName(table.name) + " (" + QuotedList(columns) + ")");
     // NULL equals NULL here, which an SQLite index does not think.
     std::string someNull;
@@ -111,8 +133,8 @@ class TableMaker {
       const bool text = IsText(table.Find(column)->type);
       return "ifnull(" + QuotedName(column) + ", x'')" + (text ? " COLLATE TSQL" : "");
     });
-    database.Execute("CREATE UNIQUE INDEX " + schema + QuotedName(Text(name) + u" NULL") + " ON " +
-                     QuotedName(table.name) + " (" + keys + ") WHERE " + someNull);
+    database.Execute("CREATE UNIQUE INDEX " + schema + IndexName(table, Text(name) + u" NULL") +
+                     " ON " + QuotedName(table.name) + " (" + keys + ") WHERE " + someNull);
   }
 
  private:
@@ -191,17 +213,8 @@ class TableMaker {
     table_.constraints.push_back(std::move(constraint));
   }
 
-  // Constraints share one set of names with everything else.
   void RequireNewName(const Text& name, int32_t line) const {
-    const auto has = [&](const ObjectInfo& object) {
-      return std::ranges::any_of(object.constraints, [&](const ConstraintInfo& other) {
-        return EqualsIgnoreAsciiCase(other.name, name);
-      });
-    };
-    const bool taken = catalog_.Find(name) || has(table_) ||
-                       std::ranges::any_of(catalog_.Objects(), [&](const auto& entry) {
-                         return entry.second->temporary == table_.temporary && has(*entry.second);
-                       });
+    const bool taken = HasConstraint(table_, name) || IsTaken(catalog_, name, table_.temporary);
     if (taken) throw AtLine(AlreadyAnObject(name), line);
   }
 
@@ -331,15 +344,14 @@ void CheckDroppable(const Catalog& catalog, const ObjectInfo& table) {
   }
 }
 
-// The table of an index in lower case; "" when there is no index of that name.
-Text TableOfIndex(Database& database, const std::string& schema, TextView index) {
-  Prepared find = database.Prepare("SELECT tbl_name FROM " + schema +
+bool HasIndex(Database& database, const ObjectInfo& table, TextView index) {
+  Prepared find = database.Prepare("SELECT 1 FROM " + table.Schema() +
                                        "sqlite_schema WHERE type = 'index' AND name = ?1 COLLATE "
                                        "NOCASE",
                                    false);
-  const Value name = ToUtf8(index);
+  const Value name = ToUtf8(table.name + u"." + Text(index));
   find.Bind(1, name);
-  return find.Step(database) ? ToLower(FromUtf8(find.Column(0).Text())) : Text();
+  return find.Step(database);
 }
 
 void DropIndex(Database& database, Catalog& catalog, const DropStatement& statement) {
@@ -347,7 +359,7 @@ void DropIndex(Database& database, Catalog& catalog, const DropStatement& statem
     SchemaChange change(database, catalog);
     const ObjectPtr table = RequireTable(catalog, statement.table);
     const std::string schema = table->Schema();
-    if (TableOfIndex(database, schema, name) != ToLower(table->name)) {
+    if (!HasIndex(database, *table, name)) {
       if (statement.ifExists) continue;
       throw CannotDrop(u"index", statement.table + u"." + name);
     }
@@ -358,8 +370,8 @@ void DropIndex(Database& database, Catalog& catalog, const DropStatement& statem
                                       u"'. It is being used for constraint enforcement.");
       }
     }
-    database.Execute("DROP INDEX " + schema + QuotedName(name));
-    database.Execute("DROP INDEX IF EXISTS " + schema + QuotedName(name + u" NULL"));
+    database.Execute("DROP INDEX " + schema + IndexName(*table, name));
+    database.Execute("DROP INDEX IF EXISTS " + schema + IndexName(*table, name + u" NULL"));
     catalog.RemoveConstraint(*table, name);
     change.Commit();
   }
@@ -380,13 +392,11 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
           1911, u"Column name '" + column + u"' does not exist in the target table or view.");
     }
   }
-  const Text other = TableOfIndex(database, table->Schema(), statement.index);
-  if (other == ToLower(table->name)) {
+  if (HasIndex(database, *table, statement.index)) {
     throw ServerFailure(1913, u"The operation failed because an index or statistics with name '" +
                                   statement.index + u"' already exists on table '" + table->name +
                                   u"'.");
   }
-  if (!other.empty()) throw Unsupported(u"one name for indexes of two tables");
   try {
     if (statement.unique) {
       TableMaker::MakeUniqueIndex(database, *table, statement.index, statement.columns);
@@ -401,8 +411,8 @@ void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatemen
         if (i > 0) keys += ", ";
         keys += QuotedName(statement.columns[i]) + (statement.descending[i] ? " DESC" : "");
       }
-      database.Execute("CREATE INDEX " + table->Schema() + QuotedName(statement.index) + " ON " +
-                       QuotedName(table->name) + " (" + keys + ")");
+      database.Execute("CREATE INDEX " + table->Schema() + IndexName(*table, statement.index) +
+                       " ON " + QuotedName(table->name) + " (" + keys + ")");
     }
   } catch (const ConstraintViolation&) {
     throw ServerFailure(1505,
