@@ -224,6 +224,7 @@ TEST(EmbeddedBatch, FailuresHaveTheServersNumbers) {
       {u"CREATE TABLE n (a int CONSTRAINT member_key UNIQUE) SELECT 1 AS a INTO member_key", 2714},
       {u"SELECT name FROM other.dbo.member", 0},
       {u"SELECT * FROM syscolumns", 0},
+      {u"SELECT * FROM member PIVOT (max(name) FOR code IN (x)) p", 0},
       {u"SELECT name COLLATE Latin1_General_BIN FROM member", 0},
       {u"SELECT 1 FROM member HAVING count(*) > 0", 0},
   };

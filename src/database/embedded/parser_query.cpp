@@ -190,6 +190,7 @@ SourcePtr Parser::ParseSourcePrimary() {
 
 void Parser::TakeAlias(Source& source) {
   if (Take(u"as") || AtName()) source.alias = TakeName();
+  if (AtAny({u"pivot", u"unpivot"})) throw Refused(ToUpper(TextOf(Current())));
 }
 
 // WITH (NOLOCK) and its kin say how to lock, which SQLite decides by itself.
