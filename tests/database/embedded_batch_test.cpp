@@ -221,6 +221,7 @@ TEST(EmbeddedBatch, FailuresHaveTheServersNumbers) {
       {u"DECLARE @n int SELECT TOP (@n) name FROM member", 1060},
       {u"DECLARE @n int SET @n = -1 SELECT TOP (@n) name FROM member", 127},
       {u"SELECT 1e309", 168},
+      {u"DECLARE @d decimal(9, -1)", 102},
       {u"CREATE TABLE n (a int CONSTRAINT member_key UNIQUE) SELECT 1 AS a INTO member_key", 2714},
       {u"SELECT name FROM other.dbo.member", 0},
       {u"SELECT * FROM syscolumns", 0},

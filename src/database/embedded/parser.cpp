@@ -149,8 +149,13 @@ std::vector<Text> Parser::TakeNameList() {
   return names;
 }
 
-int64_t Parser::TakeWholeNumber() {
+int64_t Parser::TakeSignedNumber() {
   const bool negative = Take(u"-");
+  const int64_t number = TakeWholeNumber();
+  return negative ? -number : number;
+}
+
+int64_t Parser::TakeWholeNumber() {
   const Token& token = Current();
   if (token.kind != TokenKind::Literal ||
       scanned_.literals[token.index].type.type != SqlType::Int) {
@@ -158,8 +163,7 @@ int64_t Parser::TakeWholeNumber() {
   }
   ++at_;
   pinned_.push_back(token.index);
-  const int64_t number = std::get<int64_t>(scanned_.literals[token.index].value);
-  return negative ? -number : number;
+  return std::get<int64_t>(scanned_.literals[token.index].value);
 }
 
 TypeInfo Parser::TakeType(int32_t unsized) {

@@ -59,6 +59,7 @@ class Parser {
   Text TakeTableName();              // without a schema, or of dbo
   std::vector<Text> TakeNameList();  // (a, b, c)
   int64_t TakeWholeNumber();         // pins the literal
+  int64_t TakeSignedNumber();        // the same, a minus sign before it allowed
   TypeInfo TakeType(int32_t unsized);
   Text TextBetween(size_t firstToken, size_t endToken) const;
 

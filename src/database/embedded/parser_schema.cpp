@@ -91,9 +91,9 @@ bool Parser::ParseColumnOption(ColumnDefinition& column, CreateTableStatement& t
   } else if (Take(u"identity")) {
     column.identity = true;
     if (Take(u"(")) {
-      column.seed = TakeWholeNumber();
+      column.seed = TakeSignedNumber();
       Expect(u",");
-      column.increment = TakeWholeNumber();
+      column.increment = TakeSignedNumber();
       Expect(u")");
     }
     if (column.increment < 1) throw Refused(u"an identity that does not count upwards");
