@@ -115,7 +115,7 @@ test('an address is stored and changed parameters come back', (t) => {
   address.Connection(connectionString);
   const display = ref(), main = ref('N');
   const location = address.InsertIndividualAddress(
-    person, display, undefined, "1 O'Neil Street", undefined, undefined, 'Kingston \ud83d\ude00',
+    person, display, undefined, "1 O'Neil Street", undefined, undefined, 'Kingston \u20ac',
     undefined, 'kt1 2nu', undefined, undefined, 1, undefined, undefined, main
   );
   assert.ok(location > 0);
