@@ -74,6 +74,9 @@ TEST(EmbeddedDialect, VariablesAndBranches) {
        "8"},
       {u"DECLARE @k decimal(9,2) SET @k = 10.5 SELECT name FROM person WHERE fee = @k", "Ann"},
       {u"IF object_id('nowhere') IS NULL SELECT 'none' ELSE SELECT * FROM nowhere", "none"},
+      {u"SELECT 1 FROM person ORDER BY count(*)",
+       "#0 line 1: not supported by the embedded database: ORDER BY an aggregate without GROUP BY "
+       "or one selected"},
   };
   Check(cases);
 }
@@ -118,6 +121,48 @@ TEST(EmbeddedDialect, Changes) {
       {u"DROP VIEW who SELECT table_name FROM information_schema.tables ORDER BY 1", "note;person"},
   };
   Check(cases);
+}
+
+// 8,000 bytes unless one of the texts is max, whatever the run that a plan was made in.
+TEST(EmbeddedDialect, LongTexts) {
+  const Text a8000(8000, u'a');
+  const Text a4001(4001, u'a');
+  const auto literal = [](const Text& text) { return u"'" + text + u"'"; };
+  const Text setUp = u"CREATE TABLE long (a varchar(8000), b nvarchar(4000), c varchar(max))";
+  const std::pair<Text, std::string> cases[] = {
+      {setUp, ""},
+      {u"SELECT len(replicate('a', 8000) + 'b'), len(replicate(N'a', 4000) + 'b')", "8000|4000"},
+      {u"SELECT len('b' + replicate('a', 8000) + 'b' + convert(varchar(max), 'c'))", "8001"},
+      {u"SELECT len(replicate('a', 8000) + ('b' + convert(varchar(max), 'c')))", "8002"},
+      {u"SELECT right('x' + replicate('a', 7999) + 'b' + 'c', 2)", "aa"},
+      {u"SELECT len(replicate(convert(varchar(max), 'a'), 9000)), len(replicate('a', 9000))",
+       "9000|8000"},
+      {u"SELECT len(replace(replicate('a', 8000), 'a', 'bb')), "
+       u"len(stuff(replicate('a', 8000), 1, 1, 'bbb'))",
+       "8000|8000"},
+      {u"SELECT len(replace(convert(varchar(max), replicate('a', 8000)), 'a', 'bb'))", "16000"},
+      {u"SELECT len(" + literal(a8000) + u" + 'b')", "8000"},
+      {u"SELECT len(" + literal(a8000 + u"a") + u" + 'b')", "8002"},
+      {u"SELECT len(" + literal(a4001) + u" + N'b'), len(N" + literal(a4001) + u" + N'b')",
+       "4000|4002"},
+      {u"DECLARE @v varchar(8000) SET @v = " + literal(a8000 + u"a") + u" SELECT len(@v)", "8000"},
+      {u"SELECT len(convert(varchar(8000), " + literal(a8000 + u"a") + u"))", "8000"},
+      {u"INSERT long (a) VALUES (" + literal(a8000) + u") SELECT len(a) FROM long", "8000"},
+      {u"INSERT long (a) VALUES (" + literal(a8000 + u"a") + u")", "!2628"},
+      {u"INSERT long (b) VALUES (" + literal(a4001) + u")", "!2628"},
+      {u"INSERT long (b) VALUES (N" + literal(a4001) + u")", "!2628"},
+      {u"DELETE long INSERT long (c) VALUES (" + literal(a8000 + u"a") +
+           u") SELECT len(c) FROM long",
+       "8001"},
+  };
+  Scratch scratch;
+  for (const auto& [batch, expected] : cases) {
+    const std::string answer = scratch.Answer(batch);
+    const bool fails = expected.starts_with('!');
+    EXPECT_EQ(fails ? answer.substr(0, answer.find(' ')) : answer,
+              fails ? "#" + expected.substr(1) : expected)
+        << ToUtf8(batch).substr(0, 100);
+  }
 }
 
 TEST(EmbeddedDialect, ParametersTakeTheirOwnTypes) {

@@ -8,6 +8,7 @@ namespace vellum250::database::embedded {
 // A bound value: SQLite text and its type.
 struct Typed {
   std::string sql;
+  std::string uncut;  // of a joined text that `sql` cuts at its type's length; else empty
   TypeInfo type;
   // What stands at the top of `sql`, for parentheses and collation.
   enum class Form : uint8_t { Atom, Column, Joined, Other };
@@ -97,6 +98,8 @@ class Binder {
   // A text that may be no value of `to` fails in the rows that use it, not before.
   Typed ConvertWhenUsed(Typed value, TypeInfo to);
   Typed Assign(Typed value, const ColumnInfo& column, TextView table);
+  // A text that may be longer than its type says, cut to that.
+  static Typed Cut(Typed text);
   Typed SlotValue(Slot slot, TypeInfo type);
   std::string Comparison(Typed left, Operation operation, Typed right);
   // Whether two trees mean the same; pins the literals that were compared.

@@ -99,7 +99,7 @@ Typed Binder::BindLiteral(const TypedValue& literal, int32_t index) {
   if (exactLengths_) {
     Pin(index);
   } else if (IsText(type)) {
-    type.length = IsNational(type) ? 4000 : 8000;
+    type.length = LengthClass(type);
   } else {
     if (type.type == SqlType::Int) type.precision = 0;
   }
@@ -367,12 +367,16 @@ Typed Binder::BindBinary(const Expression& e, Scope& scope) {
     throw AtLine(failure, e.line);
   }
   if (IsText(value.type)) {
-    const auto joined = [](const Typed& side) {
+    // A long chain is cut once, at its end, unless what it is joined to may be longer.
+    const bool isMax = value.type.length == -1;
+    const auto joined = [&](const Typed& side) {
+      if (!side.uncut.empty() && !isMax) return side.uncut;
       return side.form == Typed::Form::Joined ? side.sql : Operand(side);
     };
     value.sql = joined(left) + " || " + joined(right);
     value.form = Typed::Form::Joined;
-    return value;
+    if (isMax || left.type.length + right.type.length <= value.type.length) return value;
+    return Cut(std::move(value));
   }
   const std::string result = CodeOf(value.type);
   const bool same = IsSameValue(left.type, value.type) && IsSameValue(right.type, value.type);
@@ -380,6 +384,12 @@ Typed Binder::BindBinary(const Expression& e, Scope& scope) {
                      : Call(entry.function,
                             {left.sql, right.sql, result, CodeOf(left.type), CodeOf(right.type)}),
                 value.type);
+}
+
+Typed Binder::Cut(Typed text) {
+  Typed cut = Called(Call("v_cut", {text.sql, std::to_string(text.type.length)}), text.type);
+  if (text.form == Typed::Form::Joined) cut.uncut = std::move(text.sql);
+  return cut;
 }
 
 Typed Binder::BindCast(const Expression& e, Scope& scope) {

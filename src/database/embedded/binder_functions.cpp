@@ -15,7 +15,8 @@ enum class Result : uint8_t {
   Int,
   Char,
   NChar,
-  VarChar,  // nvarchar when an argument is national
+  VarChar,  // nvarchar when an argument is national, max when one is
+  Cut,      // the same, and the function does not keep to its length
   NVarChar,
   Float,
   LikeFirst,  // a text as the first one
@@ -41,8 +42,8 @@ constexpr Rule kRules[] = {{u"len", 1, "T", Result::Int},
                            {u"substring", 3, "OII", Result::LikeFirst},
                            {u"charindex", 2, "TAI", Result::Int},
                            {u"patindex", 2, "TA", Result::Int},
-                           {u"replace", 3, "TTT", Result::VarChar},
-                           {u"stuff", 4, "TIIT", Result::VarChar},
+                           {u"replace", 3, "TTT", Result::Cut},
+                           {u"stuff", 4, "TIIT", Result::Cut},
                            {u"ltrim", 1, "T", Result::LikeFirst},
                            {u"rtrim", 1, "T", Result::LikeFirst},
                            {u"upper", 1, "T", Result::LikeFirst},
@@ -72,6 +73,16 @@ DatabaseFailure WrongArguments(const Expression& e, size_t count) {
       e.line);
 }
 
+// The longest text that some are made into: max when one of them is, national likewise.
+TypeInfo TextResult(const std::vector<Typed>& arguments) {
+  const bool national = std::ranges::any_of(arguments, IsNational, &Typed::type);
+  TypeInfo type = national ? NVarChar(4000) : VarChar(8000);
+  for (const Typed& argument : arguments) {
+    if (argument.type.length == -1) type.length = -1;
+  }
+  return type;
+}
+
 TypeInfo ResultOf(const Rule& rule, const std::vector<Typed>& arguments) {
   switch (rule.result) {
     case Result::Int:
@@ -85,8 +96,8 @@ TypeInfo ResultOf(const Rule& rule, const std::vector<Typed>& arguments) {
     case Result::NVarChar:
       return NVarChar(4000);
     case Result::VarChar:
-      if (std::ranges::none_of(arguments, IsNational, &Typed::type)) return VarChar(8000);
-      return NVarChar(4000);
+    case Result::Cut:
+      return TextResult(arguments);
     case Result::Numeric:
       return NumericResult(rule.name, arguments[0].type);
     case Result::Guid:
@@ -212,7 +223,8 @@ Typed Binder::BindRuled(const Expression& e, Scope& scope) {
       type.length = static_cast<int32_t>(count);
     }
   }
-  return Called(sql + ")", type);
+  Typed result = Called(sql + ")", type);
+  return rule.result == Result::Cut && type.length != -1 ? Cut(std::move(result)) : result;
 }
 
 DatabaseFailure Binder::AggregateFailure(const Expression& e, const Scope& scope) const {

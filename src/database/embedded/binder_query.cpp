@@ -94,8 +94,10 @@ class QueryBinder {
     }
     if (grouped) scope.grouping->failure = 8121;
     if (core.having) bound.having = binder_.Condition(*core.having, scope);
-    if (core.having && core.groupBy.empty() && !HasAggregateItem(core)) {
-      throw Unsupported(u"HAVING without GROUP BY or an aggregate selected", core.line);
+    if (grouped && core.groupBy.empty() && !HasAggregateItem(core)) {
+      throw Unsupported(core.having ? u"HAVING without GROUP BY or an aggregate selected"
+                                    : u"ORDER BY an aggregate without GROUP BY or one selected",
+                        core.line);
     }
     bool one = grouped && core.groupBy.empty();
     if (core.top) {

@@ -148,6 +148,13 @@ void SubstringCall(const Call& call) {
   call.Return(Slice(call.Text(0), start - 1, std::min(call.Integer(2), kFar)).View());
 }
 
+// The bytes of a text are never fewer than its units.
+void CutCall(const Call& call) {
+  const std::string_view text = call.Text(0);
+  if (static_cast<int64_t>(text.size()) <= call.Integer(1)) return call.ReturnArgument(0);
+  call.Return(Slice(text, 0, call.Integer(1)).View());
+}
+
 void StuffCall(const Call& call) {
   for (int i = 0; i < 3; ++i) {
     if (call.IsNull(i)) return;
@@ -279,6 +286,7 @@ constexpr Entry Function(const char* name, int fewest, int most, int purity = kP
 constexpr Entry kFunctions[] = {
     Function<ConvertCall>("v_convert", 3, 4),
     Function<AssignCall>("v_assign", 5, 5),
+    Function<CutCall>("v_cut", 2, 2),
     Function<OperatorCall<Operator::Add>>("v_add", 3, 5),
     Function<OperatorCall<Operator::Subtract>>("v_sub", 3, 5),
     Function<OperatorCall<Operator::Multiply>>("v_mul", 3, 5),

@@ -60,7 +60,7 @@ std::shared_ptr<Program> ProgramCache::Get(TextView batch, Scanned& scanned,
     }
     TypeInfo type = marker.type;
     // Another run's text may be longer.
-    if (IsText(type)) type.length = IsNational(type) ? 4000 : 8000;
+    if (IsText(type)) type.length = LengthClass(type);
     if (type.type == SqlType::Int) type.precision = 0;
     types.push_back(type);
     const int64_t code = Encode(type);

@@ -210,7 +210,7 @@ std::optional<std::string> Str(double number, int64_t length, int64_t decimals) 
 std::optional<std::string> Replicate(std::string_view text, int64_t count, TypeInfo type) {
   if (count < 0) return std::nullopt;
   if (text.empty() || count == 0) return std::string();
-  const int64_t room = type.length == -1 ? kLongestText * 2 : IsNational(type) ? 4000 : 8000;
+  const int64_t room = type.length == -1 ? kLongestText * 2 : LongestText(type);
   const int64_t units = std::max<int64_t>(1, Utf16Length(text));
   const int64_t times = std::min(count, room / units + 1);
   CheckSize(static_cast<int64_t>(text.size()) * times);

@@ -195,7 +195,9 @@ class Scanner {
     const auto length = std::max(1, static_cast<int32_t>(text.size() - doubled));
     std::string value = ToUtf8(doubled == 0 ? text : TextView(ReplaceAll(text, u"''", u"'")));
     if (type == SqlType::VarChar) value = Narrow(std::move(value));
-    AddLiteral(begin, {std::move(value), TypeInfo{type, length, 0, 0}});
+    const TypeInfo sized{type, length, 0, 0};
+    const bool fits = length <= LongestText(sized);
+    AddLiteral(begin, {std::move(value), TypeInfo{type, fits ? length : -1, 0, 0}});
   }
 
   void TakeNumber(size_t begin) {
@@ -255,6 +257,8 @@ class Scanner {
     out_.shape.push_back(static_cast<char16_t>(type.type));
     if (type.type == SqlType::Decimal) {
       out_.shape.push_back(static_cast<char16_t>(type.precision * 256 + type.scale));
+    } else if (IsText(type)) {
+      out_.shape.push_back(static_cast<char16_t>(LengthClass(type)));
     }
     // Lines stay told apart when a literal spans several.
     if (line_ != startLine_) {

@@ -120,8 +120,6 @@ const TypeName* FindTypeName(TextView name) {
   return found == std::end(kTypeNames) ? nullptr : found;
 }
 
-int32_t LongestText(TypeInfo type) { return IsNational(type) ? 4000 : 8000; }
-
 TypeInfo ParseText(TypeInfo type, int32_t length, int32_t unsized) {
   if (type.type == SqlType::Sysname || IsLongText(type)) {
     if (length != 0) throw WidthNotAllowed(MessageName(type));
@@ -225,6 +223,14 @@ bool IsNumber(TypeInfo type) { return ClassOf(type.type) <= TypeClass::Float; }
 bool IsNational(TypeInfo type) {
   return type.type == SqlType::NChar || type.type == SqlType::NVarChar ||
          type.type == SqlType::NText || type.type == SqlType::Sysname;
+}
+
+int32_t LongestText(TypeInfo type) { return IsNational(type) ? 4000 : 8000; }
+
+int32_t LengthClass(TypeInfo type) {
+  constexpr int32_t kShort = 255;
+  if (type.length == -1 || type.length > LongestText(type)) return -1;
+  return type.length <= kShort ? kShort : LongestText(type);
 }
 
 TypeInfo ParseType(TextView name, int32_t first, int32_t second, int32_t unsized) {

@@ -33,6 +33,11 @@ inline bool IsPadded(TypeInfo type) {
 }
 // nchar, nvarchar, ntext, sysname: two bytes a character.
 bool IsNational(TypeInfo type);
+// The characters of the longest text that is not max.
+int32_t LongestText(TypeInfo type);
+// The length that a plan gives a text of this length, so that it serves texts of other lengths as
+// well: short, the longest, or -1 for what only max holds.
+int32_t LengthClass(TypeInfo type);
 // text, ntext: no comparison, no arithmetic, few functions.
 inline bool IsLongText(TypeInfo type) {
   return type.type == SqlType::Text || type.type == SqlType::NText;
