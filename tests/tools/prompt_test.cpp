@@ -23,14 +23,14 @@ namespace fs = std::filesystem;
 // The program on a pseudo-terminal of its own; killed when the test leaves it running.
 class Terminal {
  public:
-  Terminal(const fs::path& home, const std::string& database) {
+  Terminal(const fs::path& home, const std::string& database, const char* option = nullptr) {
     const std::string connection = "Driver=Vellum250;Database={" + database + "};";
     child_ = forkpty(&master_, nullptr, nullptr, nullptr);
     if (child_ != 0) return;
     setenv("HOME", home.c_str(), 1);
     setenv("TERM", "dumb", 1);
     execl(VELLUM250_SQL_TOOL, VELLUM250_SQL_TOOL, "--create", "--connection", connection.c_str(),
-          nullptr);
+          option, nullptr);
     _exit(127);
   }
   ~Terminal() {
@@ -156,6 +156,13 @@ TEST_F(Prompt, ControlKeysGiveUpABatchAndEndTheProgram) {
   EXPECT_TRUE(terminal.Press("\x03", "1> "));
   EXPECT_TRUE(terminal.Type("SELECT 1\n", "2> "));
   EXPECT_TRUE(terminal.Press("\x04", "The lines since the last GO were not run."));
+  EXPECT_EQ(terminal.Wait(), 0);
+}
+
+TEST_F(Prompt, OneEndOfInputIsEnoughForADocument) {
+  Terminal terminal(home_, database_, "--json");
+  EXPECT_TRUE(terminal.Type("SELECT 42 AS n\n", "SELECT 42 AS n\r\n"));
+  EXPECT_TRUE(terminal.Type("\x04", "[[42]]"));
   EXPECT_EQ(terminal.Wait(), 0);
 }
 

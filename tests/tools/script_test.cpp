@@ -13,6 +13,7 @@ std::vector<std::string> Batches(std::u16string_view script) {
   for (const ScriptBatch& batch : SplitBatches(script)) {
     std::string text = std::to_string(batch.firstLine) + ": " + ToUtf8(batch.sql);
     for (char& c : text) c = c == '\n' ? '|' : c == '\r' ? '~' : c;
+    if (batch.times != 1) text += " x" + std::to_string(batch.times);
     batches.push_back(text);
   }
   return batches;
@@ -32,9 +33,11 @@ TEST(SplitBatches, SplitsAtLinesOfGoAlone) {
       {u"SELECT 1\n  go \t\nSELECT 2\nGo\nSELECT 3",
        {"1: SELECT 1|", "3: SELECT 2|", "5: SELECT 3"}},
       {u"\n\nSELECT 1\nGO\n\n\nSELECT 2", {"1: ||SELECT 1|", "5: ||SELECT 2"}},
+      {u"SELECT 1\nGO 3\nSELECT 2\n go\t12 \r\nSELECT 3\nGO 0",
+       {"1: SELECT 1| x3", "3: SELECT 2| x12", "5: SELECT 3| x0"}},
       // No separators: more on the line, part of a word, another letter.
-      {u"SELECT 1 GO\nGOTO x\nG O\nGO x\n_GO\nSELECT 2",
-       {"1: SELECT 1 GO|GOTO x|G O|GO x|_GO|SELECT 2"}},
+      {u"SELECT 1 GO\nGOTO x\nG O\nGO x\n_GO\nGO5\nGO -1\nSELECT 2",
+       {"1: SELECT 1 GO|GOTO x|G O|GO x|_GO|GO5|GO -1|SELECT 2"}},
   };
   for (const auto& c : cases) EXPECT_EQ(Batches(c.script), c.batches) << ToUtf8(c.script);
 }

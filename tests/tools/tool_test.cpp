@@ -122,6 +122,13 @@ TEST_F(Tool, RunsScriptsStatementsAndInputInOrder) {
   EXPECT_EQ(ran.out, "n\ts\n1\tcaf\xC3\xA9\n\ns\na\\tb\n\nc\n3\n");
   // Without any, standard input.
   EXPECT_EQ(On({}, "SELECT n FROM t WHERE n = 2").out, "n\n2\n");
+  // A number behind GO says how often; a failure ends it.
+  EXPECT_EQ(On({"-", "-q", "SELECT count(*) AS c FROM t"},
+               "INSERT INTO t VALUES (4, NULL)\nGO 3\nINSERT INTO t VALUES (5, NULL) SELECT 1 / 0\n"
+               "GO 2\n")
+                .exitCode,
+            1);
+  EXPECT_EQ(On({"-q", "SELECT count(*) AS c FROM t WHERE n > 3"}).out, "c\n4\n");
   EXPECT_EQ(On({"--timing", "-q", "SELECT 1 AS n"}).errors.substr(0, 6), "-q:1: ");
 }
 

@@ -39,13 +39,14 @@ void RunPrompt(std::FILE* in, std::FILE* out, std::FILE* errors,
     }
     const Text text = FromUtf8(line);
     if (end.IsOutside() && (IsOnly(text, u"exit") || IsOnly(text, u"quit"))) break;
-    if (!end.Follow(text)) {
+    const auto times = end.Follow(text);
+    if (!times) {
       editor.Remember(line);
       batch.append(text).append(u"\n");
       ++lines;
       continue;
     }
-    if (lines > 0) run({batch, 1});
+    if (lines > 0) run({batch, 1, *times});
     clear();
   }
   if (lines > 0) std::fputs("The lines since the last GO were not run.\n", errors);

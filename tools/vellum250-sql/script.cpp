@@ -9,19 +9,39 @@ namespace {
 
 constexpr TextView kBlanks = u" \t\r\n\v\f";
 
+TextView WithoutBlanks(TextView text) {
+  const size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == TextView::npos) return {};
+  return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+}
+
+// The number behind GO, 1 without one; nullopt when the line is none of GO's.
+std::optional<int32_t> TimesOf(TextView line) {
+  constexpr size_t kMostDigits = 9;
+  line = WithoutBlanks(line);
+  if (!EqualsIgnoreAsciiCase(line.substr(0, 2), u"GO")) return std::nullopt;
+  line.remove_prefix(2);
+  if (line.empty()) return 1;
+  const TextView number = WithoutBlanks(line);
+  if (number.size() == line.size() || number.size() > kMostDigits) return std::nullopt;
+  int32_t times = 0;
+  for (const char16_t c : number) {
+    if (c < u'0' || c > u'9') return std::nullopt;
+    times = times * 10 + (c - u'0');
+  }
+  return times;
+}
+
 }  // namespace
 
 bool IsOnly(TextView line, TextView word) {
-  const size_t begin = line.find_first_not_of(kBlanks);
-  if (begin == TextView::npos) return false;
-  const size_t end = line.find_last_not_of(kBlanks) + 1;
-  return EqualsIgnoreAsciiCase(line.substr(begin, end - begin), word);
+  return EqualsIgnoreAsciiCase(WithoutBlanks(line), word);
 }
 
-bool BatchEnd::Follow(TextView line) {
-  if (IsOutside() && IsOnly(line, u"GO")) return true;
-  FollowInside(line);
-  return false;
+std::optional<int32_t> BatchEnd::Follow(TextView line) {
+  const auto times = IsOutside() ? TimesOf(line) : std::nullopt;
+  if (!times) FollowInside(line);
+  return times;
 }
 
 void BatchEnd::FollowInside(TextView line) {
@@ -73,21 +93,21 @@ std::vector<ScriptBatch> SplitBatches(TextView script) {
   size_t batchBegin = 0;
   int32_t batchLine = 1;
   int32_t line = 1;
-  const auto endBatch = [&](size_t end) {
+  const auto endBatch = [&](size_t end, int32_t times) {
     const TextView sql = script.substr(batchBegin, end - batchBegin);
-    if (sql.find_first_not_of(kBlanks) != TextView::npos) batches.push_back({sql, batchLine});
+    if (!WithoutBlanks(sql).empty()) batches.push_back({sql, batchLine, times});
   };
   for (size_t begin = 0; begin < script.size(); ++line) {
     const size_t end = std::min(script.find(u'\n', begin), script.size() - 1) + 1;
     const TextView text = script.substr(begin, end - begin);
-    if (batchEnd.Follow(text)) {
-      endBatch(begin);
+    if (const auto times = batchEnd.Follow(text)) {
+      endBatch(begin, *times);
       batchBegin = end;
       batchLine = line + 1;
     }
     begin = end;
   }
-  endBatch(script.size());
+  endBatch(script.size(), 1);
   return batches;
 }
 

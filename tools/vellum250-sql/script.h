@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -12,15 +13,17 @@ namespace vellum250::sqltool {
 struct ScriptBatch {
   TextView sql;           // a part of the script, line ends as they stand
   int32_t firstLine = 1;  // the line of the script, from 1, at which `sql` begins
+  int32_t times = 1;      // how often it runs, 0 or more
 };
 
 // Follows a script line by line to the lines that end a batch: those that hold nothing but GO, in
-// any case, and blanks. Inside a comment, a text or a quoted name that spans lines they end
-// nothing.
+// any case, a number if any, and blanks. Inside a comment, a text or a quoted name that spans lines
+// they end nothing.
 class BatchEnd {
  public:
-  // Whether this line, the next of the script, ends the batch.
-  bool Follow(TextView line);
+  // How often the batch runs that this line, the next of the script, ends; nullopt when it ends
+  // none.
+  std::optional<int32_t> Follow(TextView line);
   // Whether no comment, text or quoted name goes on into the next line.
   bool IsOutside() const { return closing_ == 0 && commentDepth_ == 0; }
 

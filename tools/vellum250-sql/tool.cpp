@@ -43,8 +43,9 @@ std::string NameOf(const Source& source) {
 std::string ReadAll(std::FILE* file) {
   std::string bytes;
   char buffer[1 << 16];
-  while (const size_t count = std::fread(buffer, 1, sizeof buffer, file)) {
-    bytes.append(buffer, count);
+  // A terminal that was read to its end would be read on.
+  while (!std::feof(file) && !std::ferror(file)) {
+    bytes.append(buffer, std::fread(buffer, 1, sizeof buffer, file));
   }
   if (std::ferror(file)) {
     throw Failure(57, kLibrarySource, u"cannot be read: " + FromUtf8(std::strerror(errno)));
@@ -131,7 +132,7 @@ class Runner {
       const Text script = ScriptOf(source, in_);
       std::vector<ScriptBatch> batches;
       if (source.kind == Source::Kind::Statement) {
-        batches.push_back({script, 1});
+        batches.push_back({script, 1, 1});
       } else {
         batches = SplitBatches(script);
       }
@@ -148,7 +149,12 @@ class Runner {
     return Connection::Open(FromUtf8(create + options_.connection));
   }
 
+  // As often as the script says, up to the first failure.
   void RunBatch(const std::string& name, const ScriptBatch& script, Outcome& outcome) {
+    for (int32_t i = 0; i < script.times && !outcome.failure; ++i) RunOnce(name, script, outcome);
+  }
+
+  void RunOnce(const std::string& name, const ScriptBatch& script, Outcome& outcome) {
     const auto start = std::chrono::steady_clock::now();
     Batch batch = connection_->Run(script.sql);
     if (options_.timing) {
