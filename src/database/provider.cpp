@@ -190,6 +190,12 @@ bool IsSqlServerProvider(TextView name) {
 
 }  // namespace
 
+bool IsServerKeyword(TextView key) {
+  return std::ranges::any_of(kKeywords, [&](const Keyword& keyword) {
+    return SameKey(key, keyword.oleDb) || (!keyword.odbc.empty() && SameKey(key, keyword.odbc));
+  });
+}
+
 ProviderChoice ChooseProvider(const ConnectionString& connectionString,
                               const std::function<std::vector<Text>()>& installedDrivers) {
   using enum ProviderChoice::Kind;

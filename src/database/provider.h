@@ -38,4 +38,7 @@ struct ProviderChoice {
 ProviderChoice ChooseProvider(const ConnectionString& connectionString,
                               const std::function<std::vector<Text>()>& installedDrivers);
 
+// Whether connection strings to a SQL Server have this key, in OLE DB's words or in ODBC's.
+bool IsServerKeyword(TextView key);
+
 }  // namespace vellum250::database

@@ -65,6 +65,26 @@ class EmbeddedFiles : public testing::Test {
   fs::path folder_;
 };
 
+TEST_F(EmbeddedFiles, SlipsInTheConnectionStringAreTold) {
+  const std::string start = "the connection string";
+  const struct {
+    const char16_t* options;
+    std::string answer;
+  } cases[] = {
+      {u"CREATE = True;Command Timeout=5", "no failure"},
+      {u"Server=a;UID=b;PWD=c;Trusted_Connection=no;Encrypt=yes;Data Source=d;WSID=e;Create=0",
+       "no failure"},
+      {u"Create=maybe", start + "'s Create is neither yes nor no"},
+      {u"Timeout=soon", start + "'s Timeout is no number of seconds"},
+      {u"Creat=yes", start + " has an unknown keyword: Creat"},
+      // What may be a part of a password is not repeated.
+      {u"PWD=s3;cret=1", start + " has an unknown keyword: that of entry 4"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(Use((folder_ / "a.db").string(), test.options), test.answer) << ToUtf8(test.options);
+  }
+}
+
 TEST_F(EmbeddedFiles, WrongOnesAreToldInWords) {
   const auto rights = [](int octal) {
     return [octal](const fs::path& file) { fs::permissions(file, static_cast<fs::perms>(octal)); };

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <filesystem>
+#include <initializer_list>
 
 #include "database/embedded/convert.h"
 #include "database/embedded/failures.h"
@@ -101,9 +103,33 @@ class EmbeddedConnection final : public Connection {
   std::unique_ptr<Session> session_;
 };
 
-bool IsYes(TextView value) {
-  return EqualsIgnoreAsciiCase(value, u"yes") || EqualsIgnoreAsciiCase(value, u"true") ||
-         value == u"1";
+bool YesOrNo(const ConnectionString& connectionString, TextView keyword) {
+  const TextView value = connectionString.Find(keyword).value_or(u"no");
+  const auto isOneOf = [&](std::initializer_list<TextView> words) {
+    return std::ranges::any_of(words,
+                               [&](TextView word) { return EqualsIgnoreAsciiCase(value, word); });
+  };
+  const bool yes = isOneOf({u"yes", u"true", u"1"});
+  if (yes || isOneOf({u"no", u"false", u"0"})) return yes;
+  throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
+                        u"the connection string's " + Text(keyword) + u" is neither yes nor no");
+}
+
+// What a server would take means nothing here; anything else is a slip. Behind a password a
+// keyword may be a part of it, and is told by its place only.
+void CheckKeywords(const ConnectionString& connectionString) {
+  bool secret = false;
+  int64_t place = 0;
+  for (const auto& [keyword, value] : connectionString.Entries()) {
+    ++place;
+    const bool own = SameKey(keyword, u"Driver") || SameKey(keyword, u"Create");
+    if (!own && !IsServerKeyword(keyword)) {
+      throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
+                            u"the connection string has an unknown keyword: " +
+                                (secret ? u"that of entry " + NumberText(place) : keyword));
+    }
+    secret = secret || IsPasswordKey(keyword);
+  }
 }
 
 // The milliseconds of a keyword that says seconds.
@@ -128,9 +154,10 @@ Settings ReadSettings(const ConnectionString& connectionString) {
     throw DatabaseFailure(kUnspecifiedFailure, kLibrarySource,
                           u"the connection string names no database file");
   }
+  CheckKeywords(connectionString);
   Settings settings;
   settings.path = *database;
-  settings.create = IsYes(connectionString.Find(u"Create").value_or(u""));
+  settings.create = YesOrNo(connectionString, u"Create");
   TimeLimits& limits = settings.limits;
   limits.lock = TimeOf(connectionString, u"Timeout", limits.lock);
   limits.command = TimeOf(connectionString, u"Command Timeout", limits.command);
