@@ -201,6 +201,8 @@ TEST(Convert, TextsToDates) {
       {Words("2004-02-29 13:45:30"), "varchar", "datetime", "2004-02-29 13:45:30.000"},
       {Words("2004-02-29T13:45:30.5"), "varchar", "datetime", "2004-02-29 13:45:30.500"},
       {Words("2004-02-29T13:45:30"), "varchar", "datetime", "2004-02-29 13:45:30.000", 103},
+      {Words("2004-02-29T13:45"), "varchar", "datetime", "!241"},
+      {Words("1/1/1425"), "varchar", "datetime", "!unsupported", 131},
       {Words("20040229 13:45"), "varchar", "datetime", "2004-02-29 13:45:00.000"},
       {Words("13:45 20040229"), "varchar", "datetime", "2004-02-29 13:45:00.000"},
       {Words("2/29/2004"), "varchar", "datetime", "2004-02-29 00:00:00.000"},

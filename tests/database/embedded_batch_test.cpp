@@ -36,13 +36,13 @@ TEST(EmbeddedBatch, RefusedRowsAreToldAndTheBatchGoesOn) {
        "does not allow nulls. INSERT fails."},
       {u"\r\nUPDATE member SET points = 501",
        "#547 line 2: The UPDATE statement conflicted with the CHECK constraint \"ck_points\". The "
-       "conflict occurred in table \"dbo.member\"."},
+       "conflict occurred in database \"vellum250\", table \"dbo.member\"."},
       {u"INSERT INTO member (name, code) VALUES ('Bob', 'XXX')",
        "#547 line 1: The INSERT statement conflicted with the FOREIGN KEY constraint \"fk_grade\". "
-       "The conflict occurred in table \"dbo.grade\", column 'code'."},
+       "The conflict occurred in database \"vellum250\", table \"dbo.grade\", column 'code'."},
       {u"DELETE FROM grade",
        "#547 line 1: The DELETE statement conflicted with the REFERENCE constraint \"fk_grade\". "
-       "The conflict occurred in table \"dbo.member\", column 'code'."},
+       "The conflict occurred in database \"vellum250\", table \"dbo.member\", column 'code'."},
       {u"INSERT INTO member (name, email) VALUES ('Bob', 'A@X  ')",
        "#2627 line 1: Violation of UNIQUE KEY constraint 'uq_email'. Cannot insert duplicate key "
        "in object 'dbo.member'."},
@@ -95,7 +95,7 @@ TEST(EmbeddedBatch, TransactionsAreWholeAndEndWithTheConnection) {
       {u"BEGIN TRAN\r\nUPDATE member SET points = 6\r\nUPDATE member SET points = 999\r\nCOMMIT\r\n"
        u"SELECT 1",
        "#547 line 3: The UPDATE statement conflicted with the CHECK constraint \"ck_points\". The "
-       "conflict occurred in table \"dbo.member\"."},
+       "conflict occurred in database \"vellum250\", table \"dbo.member\"."},
       {u"SELECT points, @@TRANCOUNT FROM member", "6|0"},
       {u"BEGIN TRAN\r\nUPDATE member SET points = 7\r\nUPDATE member SET points = 'x'\r\nCOMMIT",
        "#245 line 3: Conversion failed when converting the varchar value 'x' to data type "
@@ -138,6 +138,13 @@ TEST(EmbeddedBatch, FailuresNameTheLine) {
       {u"EXEC nowhere 1", "#2812 line 1: Could not find stored procedure 'nowhere'."},
       {u"SELECT * FROM members", "#208 line 1: Invalid object name 'members'."},
       {u"SELECT 1 / 0\r\nSELECT 2", "#8134 line 1: Divide by zero error encountered."},
+      {u"SELECT\r\n  {fn now()}", "#0 line 2: not supported by the embedded database: {fn ...}"},
+      {u"SELECT name FROM member ORDER BY 5",
+       "#108 line 1: The ORDER BY position number 5 is out of range of the number of items in the "
+       "select list."},
+      {u"SELECT name FROM member m GROUP BY points",
+       "#8120 line 1: Column 'm.name' is invalid in the select list because it is not contained in "
+       "either an aggregate function or the GROUP BY clause."},
   };
   Check(cases);
 }
@@ -167,7 +174,7 @@ TEST(EmbeddedBatch, AFailureInAProcedureEndsOnlyItsStatement) {
   EXPECT_EQ(scratch.Answer(u"DECLARE @k int, @r int\r\nEXEC @r = usp_add 'Yan', 900, @k OUTPUT\r\n"
                            u"SELECT @r, @k"),
             "#547 line 2: The INSERT statement conflicted with the CHECK constraint \"ck_points\". "
-            "The conflict occurred in table \"dbo.member\".");
+            "The conflict occurred in database \"vellum250\", table \"dbo.member\".");
   EXPECT_EQ(scratch.Answer(u"CREATE PROCEDURE usp_self AS EXEC usp_self"), "");
   EXPECT_EQ(scratch.Answer(u"EXEC usp_self").substr(0, 4), "#217");
 }
@@ -228,6 +235,19 @@ TEST(EmbeddedBatch, FailuresHaveTheServersNumbers) {
       {u"SELECT * FROM member PIVOT (max(name) FOR code IN (x)) p", 0},
       {u"SELECT name COLLATE Latin1_General_BIN FROM member", 0},
       {u"SELECT 1 FROM member HAVING count(*) > 0", 0},
+      {u"SELECT * FROM (VALUES (1), (2)) AS t (a)", 0},
+      {u"INSERT TOP (1) INTO grade SELECT 'A', 1", 0},
+      {u"SELECT 1 FROM member WHERE contains(name, 'x')", 0},
+      {u"SELECT 1 FROM member WHERE NOT freetext(name, 'x')", 0},
+      {u"EXECUTE AS USER = 'x'", 0},
+      {u"SELECT {t '10:00:00'}", 0},
+      {u"SELECT {fn now()}", 0},
+      {u"{call usp_none}", 0},
+      {u"SELECT 1 FROM {oj member m LEFT JOIN grade g ON g.code = m.code}", 0},
+      {u"SELECT {ts 5}", 102},
+      {u"SET", 102},
+      {u"UPDATE member SET points = max(points)", 157},
+      {u"UPDATE member SET points = 1 + (max(points))", 157},
   };
   Scratch scratch;
   ASSERT_EQ(scratch.Answer(kTables), "");
@@ -236,6 +256,8 @@ TEST(EmbeddedBatch, FailuresHaveTheServersNumbers) {
     const Batch batch = scratch.Another()->Run(sql);
     ASSERT_TRUE(batch.failure) << ToUtf8(sql);
     EXPECT_EQ(batch.failure->NativeNumber(), number) << ToUtf8(sql) << batch.failure->what();
+    const std::string words = batch.failure->what();
+    EXPECT_EQ(words.starts_with("not supported by the embedded database: "), number == 0) << words;
   }
 }
 
@@ -246,6 +268,9 @@ TEST(EmbeddedBatch, WhatAFailureEnds) {
       {u"SELECT cast('2005-02-30' AS datetime) DELETE FROM member", "(none)"},
       {u"SELECT left('a', -1) DELETE FROM member", "(none)"},
       {u"DROP TABLE grade DELETE FROM member", "(none)"},
+      {u"CREATE TABLE a (n int) CREATE TABLE b (n int) DROP TABLE a, gone, b IF object_id('a') IS "
+       u"NULL AND object_id('b') IS NULL DELETE FROM member",
+       "(none)"},
       // The batch: a letter where a number should be, a table that is there already.
       {u"SELECT cast('x' AS int) DELETE FROM member", "Ann"},
       {u"CREATE TABLE grade (a int) DELETE FROM member", "Ann"},
@@ -277,7 +302,7 @@ TEST(EmbeddedBatch, CountsNamesAndTemporaryTablesAreTheServers) {
       {u"DECLARE @n int = 3 SET @n += 4 UPDATE member SET points -= @n WHERE 1 = 0 SELECT @n", "7"},
       {u"UPDATE member SET points = 4, code = DEFAULT SELECT points, code FROM member", "4|NULL"},
       {u"BEGIN TRAN a UPDATE member SET points = 9 ROLLBACK TRAN a SELECT points FROM member", "5"},
-      {u"RAISERROR ('%s has %d', 16, 1, 'Ann', 5)", "#50000 line 1: Ann has 5"},
+      {u"RAISERROR ('%s has %d%%, %% of', 16, 1, 'Ann', 5)", "#50000 line 1: Ann has 5%, % of"},
       {u"SELECT points FROM member EXCEPT SELECT 4 SELECT 5 INTERSECT SELECT points FROM member",
        "5 / 5"},
       {u"SELECT m.name FROM grade g LEFT JOIN member m JOIN grade h ON h.code = m.code ON m.code = "

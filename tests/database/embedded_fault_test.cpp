@@ -42,7 +42,7 @@ constexpr Step kSteps[] = {
     {u"BEGIN TRAN UPDATE member SET points = 3 WHERE points = 7 INSERT INTO member (name, points) "
      u"VALUES ('C', 1000) DELETE FROM note COMMIT",
      "#547 line 1: The INSERT statement conflicted with the CHECK constraint \"ck_points\". The "
-     "conflict occurred in table \"dbo.member\"."},
+     "conflict occurred in database \"vellum250\", table \"dbo.member\"."},
     {u"SELECT name INTO #t FROM member WHERE points = 3 SELECT count(*) FROM #t DROP TABLE #t",
      "91"},
     {u"BEGIN TRAN DELETE FROM member CREATE TABLE gone (a int) ROLLBACK", ""},

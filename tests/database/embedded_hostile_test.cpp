@@ -13,6 +13,19 @@ Text Repeated(TextView part, size_t count) {
   return text;
 }
 
+// "1 AS c0, 1 AS c1 ..."
+Text Columns(int64_t count) {
+  Text text = u"1 AS c0";
+  for (int64_t i = 1; i < count; ++i) text += u", 1 AS c" + NumberText(i);
+  return text;
+}
+
+Text Joins(int64_t count) {
+  Text text;
+  for (int64_t i = 1; i <= count; ++i) text += u" CROSS JOIN t t" + NumberText(i);
+  return text;
+}
+
 TEST(EmbeddedHostile, AnyTextIsStoredAsItIs) {
   Scratch scratch;
   ASSERT_EQ(scratch.Answer(u"CREATE TABLE t (a int IDENTITY(1,1) PRIMARY KEY, b nvarchar(max))"),
@@ -47,6 +60,7 @@ TEST(EmbeddedHostile, NestedOrEndlessTextFailsInWords) {
   const std::string deep =
       "#191 line 1: Some part of your SQL statement is nested too deeply. Rewrite the query or "
       "break it up into smaller queries.";
+  const std::string refused = "#0 line 1: not supported by the embedded database: ";
   const struct {
     Text sql;
     std::string answer;
@@ -63,6 +77,19 @@ TEST(EmbeddedHostile, NestedOrEndlessTextFailsInWords) {
       {u"SELECT 1 FROM " + Repeated(u"(SELECT 1 AS a FROM ", 5'000), deep},
       {u"SELECT 1 WHERE 1 = 1" + Repeated(u" AND 1 = 1", 5'000), deep},
       {u"SELECT count(*) FROM t WHERE a IN (0" + Repeated(u", 1", 100'000) + u")", "0"},
+      {u"SELECT 1 WHERE 'It''s' IN ('x'" + Repeated(u", N'it''s '", 100'000) + u")", "1"},
+      {u"SELECT 1" + Repeated(u" UNION SELECT 1", 499), "1"},
+      {u"SELECT 1" + Repeated(u" UNION SELECT 1", 500), refused + "a UNION of more than 500 parts"},
+      {u"SELECT 1" + Repeated(u", 1", 2'000), refused + "a SELECT of more than 2,000 columns"},
+      {u"SELECT coalesce(NULL" + Repeated(u", NULL", 127) + u", 1)",
+       refused + "a function of more than 127 arguments"},
+      {u"SELECT 1 FROM t t0" + Joins(64), refused + "a join of more than 64 tables"},
+      {u"INSERT INTO t VALUES (1)" + Repeated(u", (1)", 1'000),
+       "#10738 line 1: The number of row value expressions in the INSERT statement exceeds the "
+       "maximum allowed number of 1000 row values."},
+      {u"SELECT " + Columns(1'025) + u" INTO wide",
+       "#1702 line 1: CREATE TABLE failed because column 'c1024' in table 'wide' exceeds the "
+       "maximum of 1024 columns."},
       {u"SELECT '" + Text(1'000'000, u'x'),
        "#105 line 1: Unclosed quotation mark after the character string '" + std::string(128, 'x') +
            "'."},
@@ -142,7 +169,7 @@ TEST(EmbeddedHostile, TheSameShapeWithOtherValuesGivesOtherAnswers) {
       {u"SELECT 500000 / 2.0", "250000.000000"},
       {u"SELECT left(b, 1), count(*) FROM t GROUP BY left(b, 1) ORDER BY 1", "x|1;y|1;z|1"},
       {u"SELECT left(b, 1), count(*) FROM t GROUP BY left(b, 2) ORDER BY 1",
-       "#8120 line 1: Column 'b' is invalid in the select list because it is not contained in "
+       "#8120 line 1: Column 't.b' is invalid in the select list because it is not contained in "
        "either an aggregate function or the GROUP BY clause."},
       {u"SELECT object_id('t') - object_id('t')", "0"},
       {u"SELECT object_id('u') - object_id('t')", "NULL"},

@@ -104,6 +104,13 @@ TEST(StatementTypes, ExpressionsHaveTypeAndValueOrFailure) {
            {u"1 WHERE N'a ' LIKE N'a'", "int (none)"},
            {u"1 WHERE 'a ' LIKE 'a'", "int 1"},
            {u"patindex('%', 'abc')", "int 1"},
+           // A backslash joins lines, ODBC's escapes are dates.
+           {u"'a\\\r\nb\\\nc\\d\\' + 'e'", "varchar abc\\d\\e"},
+           {u"datalength(N'a\\\n')", "int 2"},
+           {u"datediff(minute, {d '2004-02-29'}, {ts '2004-02-29 13:45:30'})", "int 825"},
+           {u"cast(N'\u0416bcd' AS national character varying(2))",
+            "nvarchar \xD0\x96"
+            "b"},
            // Numbers and types as they are written.
            {u"cast('1d3' AS float)", "float 1000"},
            {u"isnumeric('1D3')", "int 1"},

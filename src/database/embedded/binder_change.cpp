@@ -271,6 +271,11 @@ Plan BindUpdate(const BindInput& input, const UpdateStatement& update) {
     }
     if (std::ranges::count(columns, &column) > 0) throw NamedTwice(column.name, assignment.line);
     columns.push_back(&column);
+    if (assignment.value && HasAggregate(*assignment.value)) {
+      throw ServerFailure(157,
+                          u"An aggregate may not appear in the set list of an UPDATE statement.",
+                          assignment.line);
+    }
     try {
       Binder& binder = change.binder;
       const std::string value =

@@ -103,7 +103,7 @@ Typed Binder::BindLiteral(const TypedValue& literal, int32_t index) {
   } else {
     if (type.type == SqlType::Int) type.precision = 0;
   }
-  if (type.type == SqlType::Int && input_.literals.size() > kMostKeptLiterals) {
+  if (input_.literals.size() > kMostKeptLiterals) {
     return Called(Constant(literal.value), type);
   }
   Slot slot;
@@ -178,11 +178,12 @@ Typed Binder::BindColumn(const Expression& expression, Scope& scope) {
     if (column == nullptr) continue;
     if (at->grouping && at->insideAggregate == 0 &&
         std::ranges::count(at->grouping->columns, column) == 0) {
-      const Text& qualifier = expression.qualifier;
-      throw AtLine(
-          NotGrouped(qualifier.empty() ? expression.name : qualifier + u"." + expression.name,
-                     at->grouping->failure),
-          expression.line);
+      const auto source = std::ranges::find_if(at->sources, [&](const BoundSource& each) {
+        return std::ranges::any_of(each.columns,
+                                   [&](const BoundColumn& own) { return &own == column; });
+      });
+      throw AtLine(NotGrouped(source->alias + u"." + column->name, at->grouping->failure),
+                   expression.line);
     }
     ++at->columnsFound;
     ++columnsFound_;

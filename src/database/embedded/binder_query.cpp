@@ -9,6 +9,8 @@
 namespace vellum250::database::embedded {
 namespace {
 
+constexpr size_t kMostColumns = 2000;  // of a SELECT, in SQLite
+
 // One SELECT, bound but not yet put together: a UNION may still convert its columns.
 struct BoundCore {
   bool distinct = false;
@@ -89,6 +91,9 @@ class QueryBinder {
     const bool grouped = BindGrouping(core, orderBy, scope, bound);
     scope.aggregatesAllowed = true;
     for (const SelectItem& item : core.items) BindItem(item, scope, bound);
+    if (bound.items.size() > kMostColumns) {
+      throw Unsupported(u"a SELECT of more than 2,000 columns", core.line);
+    }
     for (const Typed& item : bound.items) {
       if (core.distinct && IsLongText(item.type)) throw NotDistinct(MessageName(item.type));
     }
@@ -217,8 +222,8 @@ class QueryBinder {
       }
       if (*position < 1 || *position > static_cast<int64_t>(bound.items.size())) {
         throw ServerFailure(108,
-                            u"The ORDER BY position number is out of range of the number of items "
-                            u"in the select list.",
+                            u"The ORDER BY position number " + NumberText(*position) +
+                                u" is out of range of the number of items in the select list.",
                             value.line);
       }
       return static_cast<size_t>(*position);

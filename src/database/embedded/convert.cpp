@@ -240,6 +240,10 @@ Value ToFloat(ValueRef value, TypeInfo from, TypeInfo to) {
   return double{narrow};
 }
 
+void RefuseHijri(int32_t style) {
+  if (style == 130 || style == 131) throw Unsupported(u"convert with style 130 or 131");
+}
+
 // ---- To dates and identifiers -------------------------------------------------------------------
 
 Moment MomentFromDays(double days, TypeInfo to) {
@@ -254,6 +258,7 @@ Value ToDate(ValueRef value, TypeInfo from, TypeInfo to, int32_t style) {
   const TypeClass source = ClassOf(from.type);
   Moment moment;
   if (source == TypeClass::Text) {
+    RefuseHijri(style);
     const ParsedDate parsed = ParseDateText(value.Text(), style);
     if (parsed.error == DateError::Syntax) {
       throw to.type == SqlType::SmallDateTime ? InvalidSmallDateText() : InvalidDateText();
@@ -360,7 +365,7 @@ std::string TextOf(ValueRef value, TypeInfo from, TypeInfo to, int32_t style) {
       AppendFloat(text, value.Double(), style);
       break;
     case TypeClass::DateTime:
-      if (style == 130 || style == 131) throw Unsupported(u"convert with style 130 or 131");
+      RefuseHijri(style);
       if (!AppendDate(text, StoredMoment(value.Text()), from.type, style)) {
         throw InvalidStyle(style, MessageName(from));
       }

@@ -210,15 +210,17 @@ class DateParser {
     if (hasTime_) return DateError::Syntax;
     hasTime_ = true;
     int32_t fields[3] = {};
-    for (int32_t i = 0;; ++i) {
-      if (i == 3 || reader_.Current().mark != Mark::Number || reader_.Current().digits > 2) {
+    int32_t last = 0;
+    for (;; ++last) {
+      if (last == 3 || reader_.Current().mark != Mark::Number || reader_.Current().digits > 2) {
         return DateError::Syntax;
       }
-      fields[i] = reader_.Current().value;
+      fields[last] = reader_.Current().value;
       reader_.Advance();
-      if (!reader_.IsSign(':') || i == 2) break;
+      if (!reader_.IsSign(':') || last == 2) break;
       reader_.Advance();
     }
+    if (hasT_ && last < 2) return DateError::Syntax;
     int32_t fraction = 0;
     if (reader_.IsSign('.') || reader_.IsSign(':')) {
       const bool isDecimal = reader_.IsSign('.');
@@ -264,6 +266,7 @@ class DateParser {
         if (!AtTime() || count_ == 0) return DateError::Syntax;
         // The international form: always year, month, day.
         order_ = Order::YearFirst;
+        hasT_ = true;
         return DateError::None;
       case Mark::Z:
         return hasTime_ && reader_.Current().mark == Mark::End ? DateError::None
@@ -357,6 +360,7 @@ class DateParser {
   int32_t count_ = 0;
   int32_t signs_ = 0;
   bool hasTime_ = false;
+  bool hasT_ = false;  // behind which seconds must stand
   int32_t milliseconds_ = 0;
 };
 

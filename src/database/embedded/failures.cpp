@@ -10,7 +10,8 @@ constexpr int32_t kConstraintMessages[] = {515, 547, 2601, 2627};
 constexpr int32_t kConversionMessages[] = {220, 232, 234, 235, 236,  241,  242,  244,
                                            245, 248, 281, 295, 8114, 8115, 8169, 8170};
 constexpr int32_t kEndsTransaction[] = {241, 245, 295, 8114, 8169};
-constexpr int32_t kEndsBatch[] = {0, 191, 217, 1767, 1776, 2705, 2714, 2744, 8110, 8111, 8147};
+constexpr int32_t kEndsBatch[] = {0,    191,  217,  1702, 1767, 1776,
+                                  2705, 2714, 2744, 8110, 8111, 8147};
 
 template <size_t N>
 bool IsOneOf(const int32_t (&messages)[N], int32_t message) {

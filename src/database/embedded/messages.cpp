@@ -49,7 +49,7 @@ DatabaseFailure ConstraintConflict(TextView statement, TextView kind, TextView c
                                    TextView table, TextView column) {
   constexpr Message kMessage{547,
                              u"The % statement conflicted with the % constraint \"%\". The "
-                             u"conflict occurred in table \"%\"%."};
+                             u"conflict occurred in database \"vellum250\", table \"%\"%."};
   return kMessage(statement, kind, constraint, table,
                   column.empty() ? Text() : u", column '" + Text(column) + u"'");
 }

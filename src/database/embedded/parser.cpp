@@ -50,6 +50,10 @@ void Parser::Expect(TextView wordOrSymbol) {
 }
 
 DatabaseFailure Parser::SyntaxError() const {
+  // ODBC's escapes, wherever they may stand: {fn now()}, {call usp_a}, {oj ...}.
+  if (At(u"{") && Ahead(1).kind == TokenKind::Name) {
+    return Refused(u"{" + Text(TextOf(Ahead(1))) + u" ...}");
+  }
   // At the end the server names what stands before it.
   const bool atEnd = Current().kind == TokenKind::End && at_ > 0;
   const Token& token = atEnd ? scanned_.tokens[at_ - 1] : Current();
@@ -169,8 +173,11 @@ int64_t Parser::TakeWholeNumber() {
 TypeInfo Parser::TakeType(int32_t unsized) {
   const int32_t line = Current().line;
   const bool quoted = Current().kind == TokenKind::QuotedName;
-  Text name = TakeObjectName().name;
-  if (!quoted && At(u"precision")) name += u" " + TakeName();
+  Text name = Take(u"national") ? u"national " : u"";
+  name += TakeObjectName().name;
+  for (TextView word : {u"precision", u"varying"}) {
+    if (!quoted && Take(word)) name.append(u" ").append(word);
+  }
   int32_t numbers[2] = {0, 0};
   if (Take(u"(")) {
     if (Take(u"max")) {
@@ -354,6 +361,7 @@ void Parser::ParseSet(Statement& statement) {
   do {
     const auto* option =
         std::ranges::find_if(kOptions, [&](const Option& known) { return At(known.name); });
+    if (Current().kind != TokenKind::Name) throw SyntaxError();
     if (option == std::end(kOptions)) throw Refused(u"SET " + Text(TextOf(Current())));
     if (option->option != SessionOption::Ignored) set.options.push_back(option->option);
     if (option->matters) refused = option;
@@ -460,6 +468,7 @@ BlockStatement Parser::ParseDeclare() {
 ExecuteStatement Parser::ParseExecute() {
   ExecuteStatement execute;
   if (At(u"(")) throw Refused(u"EXEC of a text");
+  if (At(u"as")) throw Refused(u"EXECUTE AS");
   if (Current().kind == TokenKind::Variable) {
     execute.returnVariable = TakeDeclared();
     if (!Take(u"=")) throw Refused(u"EXEC of a procedure named by a variable");
@@ -494,7 +503,7 @@ ExecuteStatement Parser::ParseExecute() {
 ExpressionPtr Parser::ParseArgument() {
   if (AtName()) throw Refused(u"an argument without quotes");
   const bool isSigned = At(u"-") || At(u"+");
-  const bool isValue = Current().kind != TokenKind::Symbol || isSigned;
+  const bool isValue = Current().kind != TokenKind::Symbol || isSigned || At(u"{");
   if (!isValue || AtAny({u"case", u"convert", u"coalesce", u"nullif", u"left", u"right", u"user"}))
     throw SyntaxError();
   return isSigned ? ParseUnary() : ParsePrimary();

@@ -79,6 +79,7 @@ class Parser {
   ExpressionPtr ParseCall(Text name);
   ExpressionPtr ParseCast();
   ExpressionPtr ParseConvert();
+  ExpressionPtr ParseMoment();
   ExpressionPtr ParseCase();
   ExpressionPtr ParseParenthesised();
   ExpressionPtr ParseOptionalDefault();  // nullptr for DEFAULT

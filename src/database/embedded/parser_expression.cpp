@@ -1,3 +1,4 @@
+#include "automation/locale.h"
 #include "database/embedded/parser_class.h"
 
 namespace vellum250::database::embedded {
@@ -67,6 +68,9 @@ ExpressionPtr Parser::ParsePredicate() {
     Expect(u"(");
     node->query = ParseSubquery();
     return node;
+  }
+  if (Matches(Ahead(1), u"(") && AtAny({u"contains", u"freetext"})) {
+    throw Refused(ToUpper(TextOf(Current())));
   }
   ExpressionPtr left = ParseSum();
   for (;;) {
@@ -194,6 +198,7 @@ ExpressionPtr Parser::ParsePrimary() {
       break;
     case TokenKind::Symbol:
       if (At(u"(")) return ParseParenthesised();
+      if (At(u"{")) return ParseMoment();
       throw SyntaxError();
     default:
       return ParseNamed();
@@ -295,6 +300,19 @@ ExpressionPtr Parser::ParseConvert() {
   Append(*node, ParseSum());
   if (Take(u",")) Append(*node, ParseSum());
   Expect(u")");
+  return node;
+}
+
+// {ts '2004-02-29 13:45:30'} or {d '2004-02-29'}.
+ExpressionPtr Parser::ParseMoment() {
+  if (!IsWord(Ahead(1), u"ts") && !IsWord(Ahead(1), u"d")) throw SyntaxError();
+  auto node = Node(ExpressionKind::Cast);
+  at_ += 2;
+  const bool literal = Current().kind == TokenKind::Literal;
+  if (!literal || !IsText(scanned_.literals[Current().index].type)) throw SyntaxError();
+  node->type = kDateTime;
+  Append(*node, ParsePrimary());
+  Expect(u"}");
   return node;
 }
 

@@ -2,6 +2,12 @@
 #include "database/embedded/parser_class.h"
 
 namespace vellum250::database::embedded {
+namespace {
+
+constexpr size_t kMostRows = 1000;  // of one VALUES
+constexpr size_t kMostParts = 500;  // of one UNION, in SQLite
+
+}  // namespace
 
 QueryPtr Parser::ParseQuery() {
   Level level(*this);
@@ -18,6 +24,7 @@ QueryPtr Parser::ParseQuery() {
     if (std::ranges::count(query->operators, u"INTERSECT") % query->operators.size() != 0)
       throw Refused(u"INTERSECT beside another operator");
     if (At(u"(")) throw Refused(u"a parenthesised part of a UNION");
+    if (query->cores.size() == kMostParts) throw Refused(u"a UNION of more than 500 parts");
     query->cores.push_back(ParseSelectCore());
   }
   query->orderBy = ParseOrderBy();
@@ -166,6 +173,7 @@ SourcePtr Parser::ParseSourcePrimary() {
   auto source = std::make_unique<Source>();
   source->line = Current().line;
   if (Take(u"(")) {
+    if (At(u"values")) throw Refused(u"VALUES in FROM");
     if (!At(u"select")) {
       SourcePtr inner = ParseSource();
       Expect(u")");
@@ -222,6 +230,7 @@ void Parser::RefuseOutput() const {
 
 InsertStatement Parser::ParseInsert() {
   InsertStatement insert;
+  if (At(u"top")) throw Refused(u"INSERT TOP");
   Take(u"into");
   insert.table = TakeTableName();
   SkipHints();
@@ -239,6 +248,12 @@ InsertStatement Parser::ParseInsert() {
     return insert;
   }
   do {
+    if (insert.rows.size() == kMostRows) {
+      throw ServerFailure(10738,
+                          u"The number of row value expressions in the INSERT statement exceeds "
+                          u"the maximum allowed number of 1000 row values.",
+                          Current().line);
+    }
     Expect(u"(");
     std::vector<ExpressionPtr>& row = insert.rows.emplace_back();
     do {

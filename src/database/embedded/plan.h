@@ -60,8 +60,8 @@ struct Plan {
   Prepared prepared;
 };
 
-// A batch with more literals than this is not kept for another run, and its whole numbers stand in
-// the SQL text: SQLite takes time by the square of the number of parameters.
+// A batch with more literals than this is not kept for another run, and its literals stand in the
+// SQL text: SQLite takes time by the square of the number of parameters.
 inline constexpr size_t kMostKeptLiterals = 256;
 
 // What binding needs besides the tree.

@@ -527,15 +527,18 @@ void Runner::RunRaiseError(const RaiseErrorStatement& raise, Frame& frame) {
   const TypedValue message = Evaluate(*raise.arguments[0], frame);
   const Value severity = Evaluate(*raise.arguments[1], frame, kInt).value;
   if (!IsText(message.type)) throw Unsupported(u"RAISERROR of a message number");
-  // %d and %s stand for the further arguments.
+  // %d and %s stand for the further arguments, %% for itself.
   Text text = FromUtf8(ValueRef(message.value).Text());
-  size_t at = 0;
-  for (size_t i = 3; i < raise.arguments.size(); ++i) {
-    at = text.find(u'%', at);
-    if (at == Text::npos) break;
+  size_t next = 3;
+  for (size_t at = text.find(u'%'); at != Text::npos; at = text.find(u'%', at)) {
     const char16_t kind = at + 1 < text.size() ? text[at + 1] : u' ';
+    if (kind == u'%') text.erase(at, 1);
+    if (kind == u'%' || next == raise.arguments.size()) {
+      ++at;
+      continue;
+    }
     if (kind != u'd' && kind != u's' && kind != u'i') throw Unsupported(u"RAISERROR with a width");
-    const Value value = Evaluate(*raise.arguments[i], frame, NVarChar(4000)).value;
+    const Value value = Evaluate(*raise.arguments[next++], frame, NVarChar(4000)).value;
     const Text shown = IsNull(value) ? u"(null)" : FromUtf8(ValueRef(value).Text());
     text.replace(at, 2, shown);
     at += shown.size();

@@ -1,6 +1,7 @@
 #include "database/embedded/schema.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "automation/locale.h"
 #include "database/embedded/failures.h"
@@ -10,6 +11,8 @@
 
 namespace vellum250::database::embedded {
 namespace {
+
+constexpr size_t kMostColumns = 1024;  // of a table
 
 // A transaction that sees what other connections changed, and leaves the catalogue reloaded.
 class SchemaChange {
@@ -144,6 +147,13 @@ class TableMaker {
                           u"Column names in each table must be unique. Column name '" +
                               definition.name + u"' in table '" + table_.name +
                               u"' is specified more than once.",
+                          definition.line);
+    }
+    if (table_.columns.size() == kMostColumns) {
+      throw ServerFailure(1702,
+                          u"CREATE TABLE failed because column '" + definition.name +
+                              u"' in table '" + table_.name +
+                              u"' exceeds the maximum of 1024 columns.",
                           definition.line);
     }
     ColumnInfo column;
@@ -471,13 +481,15 @@ void CreateProcedure(Database& database, Catalog& catalog,
 void Drop(Database& database, Catalog& catalog, const DropStatement& statement) {
   if (statement.kind == ObjectKind::Index) return DropIndex(database, catalog, statement);
   static constexpr TextView kKinds[] = {u"table", u"view", u"procedure"};
+  std::optional<DatabaseFailure> missing;  // the others go all the same
   for (const Text& name : statement.names) {
     SchemaChange change(database, catalog);
     const ObjectPtr object = catalog.Find(name);
     const Text kind(kKinds[static_cast<size_t>(statement.kind)]);
     if (!object) {
       if (statement.ifExists) continue;
-      throw CannotDrop(kind, name);
+      if (!missing) missing = CannotDrop(kind, name);
+      continue;
     }
     if (object->kind != statement.kind) {
       const Text is(kKinds[static_cast<size_t>(object->kind)]);
@@ -492,6 +504,7 @@ void Drop(Database& database, Catalog& catalog, const DropStatement& statement) 
     catalog.Remove(*object);
     change.Commit();
   }
+  if (missing) throw *missing;
 }
 
 }  // namespace vellum250::database::embedded

@@ -1,7 +1,9 @@
 #include "database/embedded/sqlite.h"
 
 #include <filesystem>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 #include "database/embedded/failures.h"
 #include "database/embedded/transaction.h"
@@ -254,6 +256,14 @@ DatabaseFailure Database::FailureOf(int code) {
   if (words.find("parser stack overflow") != words.npos ||
       words.find("Expression tree is too large") != words.npos) {
     return NestedTooDeeply();
+  }
+  static constexpr std::pair<std::string_view, TextView> kLimits[] = {
+      {"too many arguments on function", u"a function of more than 127 arguments"},
+      {"tables in a join", u"a join of more than 64 tables"},
+      {"too many FROM clause terms", u"a join of more than 64 tables"},
+      {"too many terms in", u"GROUP BY or ORDER BY with more than 2,000 terms"}};
+  for (const auto& [limit, construct] : kLimits) {
+    if (words.find(limit) != words.npos) return Unsupported(construct);
   }
   // Nobody else than a damaged file has too few of the catalogue's own tables.
   if (words.find("no such table: main.vellum250_") != words.npos) {

@@ -182,18 +182,25 @@ class Scanner {
   // at_ is on the opening quote.
   void TakeText(size_t begin, SqlType type) {
     const size_t first = ++at_;
-    size_t doubled = 0;
+    bool plain = true;
     for (;; ++at_) {
       if (at_ == batch_.size()) throw Unclosed(first);
       if (batch_[at_] == u'\n') ++line_;
+      if (batch_[at_] == u'\\') plain = false;
       if (batch_[at_] != u'\'') continue;
       if (Peek(1) != u'\'') break;
-      ++doubled;
+      plain = false;
       ++at_;
     }
-    const TextView text = batch_.substr(first, at_++ - first);
-    const auto length = std::max(1, static_cast<int32_t>(text.size() - doubled));
-    std::string value = ToUtf8(doubled == 0 ? text : TextView(ReplaceAll(text, u"''", u"'")));
+    TextView text = batch_.substr(first, at_++ - first);
+    Text meant;
+    if (!plain) {
+      // A backslash at the end of a line joins the next to it.
+      meant = ReplaceAll(ReplaceAll(ReplaceAll(text, u"''", u"'"), u"\\\r\n", u""), u"\\\n", u"");
+      text = meant;
+    }
+    const auto length = std::max(1, static_cast<int32_t>(text.size()));
+    std::string value = ToUtf8(text);
     if (type == SqlType::VarChar) value = Narrow(std::move(value));
     const TypeInfo sized{type, length, 0, 0};
     const bool fits = length <= LongestText(sized);
