@@ -165,6 +165,15 @@ TEST(EmbeddedDialect, LongTexts) {
   }
 }
 
+TEST(EmbeddedDialect, AStatementHasOneMoment) {
+  Scratch scratch;
+  Text insert = u"INSERT seen (b) VALUES (1)";
+  for (int row = 1; row < 1000; ++row) insert += u", (1)";
+  ASSERT_EQ(scratch.Answer(u"CREATE TABLE seen (a datetime DEFAULT getdate(), b int)"), "");
+  for (int run = 0; run < 10; ++run) ASSERT_EQ(scratch.Answer(insert), "");
+  EXPECT_EQ(scratch.Answer(u"SELECT 1 FROM seen GROUP BY a HAVING count(*) % 1000 <> 0"), "(none)");
+}
+
 TEST(EmbeddedDialect, ParametersTakeTheirOwnTypes) {
   Scratch scratch;
   ASSERT_EQ(scratch.Answer(kTables), "");

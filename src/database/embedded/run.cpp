@@ -63,6 +63,7 @@ class Runner::Execution {
     if (!prepared_) {
       plan.prepared = database_.Prepare(plan.sql);
     }
+    runner.moment_.clear();
     // The statement keeps pointing at the texts: none may move.
     int position = 0;
     for (const Slot& slot : plan.slots) {
@@ -268,11 +269,12 @@ void Runner::RunSchemaChange(const Statement& statement, Frame& frame) {
   }
 }
 
-Value Runner::SystemSlot(SystemValue which, const Frame& frame) const {
+Value Runner::SystemSlot(SystemValue which, const Frame& frame) {
   const SessionState& state = session_.State();
   switch (which) {
     case SystemValue::Now:
-      return CurrentMoment();
+      if (moment_.empty()) moment_ = CurrentMoment();
+      return moment_;
     case SystemValue::RowCount:
       return state.rowCount;
     case SystemValue::Identity:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <forward_list>
+#include <string>
 
 #include "database/connection.h"
 #include "database/embedded/session.h"
@@ -89,7 +90,7 @@ class Runner {
   // The value itself where it stays as it is while the statement runs, or one that is put in
   // `kept`.
   const Value& SlotValue(const Slot& slot, Frame& frame, std::forward_list<Value>& kept);
-  Value SystemSlot(SystemValue which, const Frame& frame) const;
+  Value SystemSlot(SystemValue which, const Frame& frame);
   BindInput InputOf(Frame& frame);
   template <typename Bind>
   Plan& PlanOf(const void* node, Frame& frame, Bind bind) {
@@ -104,6 +105,7 @@ class Runner {
   Batch& batch_;
   int32_t depth_ = 0;
   bool binding_ = false;  // also when it failed
+  std::string moment_;    // getdate() of the statement that runs, once asked for
 };
 
 // Why a table refused a row, in the server's words.
