@@ -19,6 +19,7 @@ if(VELLUM250_CCACHE)
       ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1
       CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
       ${VELLUM250_CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_CXX_COMPILER_LAUNCHER})
 endif()
 
 add_library(vellum250_options INTERFACE)
@@ -26,6 +27,11 @@ target_compile_options(vellum250_options INTERFACE
   -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Wold-style-cast -Werror
   # g++ 12 takes the inactive alternatives of a std::variant for values.
   $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local;-Wno-maybe-uninitialized>)
+if(WIN32)
+  # Windows 7 and later; the headers without their least used parts and their min and max.
+  target_compile_definitions(vellum250_options INTERFACE
+    _WIN32_WINNT=0x0601 UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX)
+endif()
 if(VELLUM250_SANITIZE)
   add_compile_options(-fsanitize=${VELLUM250_SANITIZE} -fno-omit-frame-pointer
                       -fno-sanitize-recover=all)

@@ -1,9 +1,8 @@
-// The calendar behind automation dates, and the clock. Days by Howard Hinnant's method
+// The calendar behind automation dates. Days by Howard Hinnant's method
 // ("chrono-Compatible Low-Level Date Algorithms") as the standard library has it.
 
 #include <chrono>
 #include <cmath>
-#include <ctime>
 
 #include "automation/locale.h"
 
@@ -56,15 +55,6 @@ int DaysInMonth(int yearNumber, int monthNumber) {
   const auto last =
       year(yearNumber) / month(static_cast<unsigned>(monthNumber)) / std::chrono::last;
   return static_cast<int>(static_cast<unsigned>(last.day()));
-}
-
-Date Now() {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
-  tm local{};
-  localtime_r(&now.tv_sec, &local);
-  return FromCivil({local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
-                    local.tm_min, local.tm_sec, static_cast<int>(now.tv_nsec / 1'000'000)});
 }
 
 }  // namespace vellum250
