@@ -1,6 +1,6 @@
 // Numbers and dates as text by the automation run time, in the user's locale.
-#include <oleauto.h>
 #include <windows.h>
+#include <oleauto.h>
 
 #include <memory>
 #include <new>

@@ -1,6 +1,6 @@
 // The entry points of the DLL.
-#include <olectl.h>
 #include <windows.h>
+#include <olectl.h>
 
 extern "C" {
 

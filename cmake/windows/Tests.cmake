@@ -1,0 +1,16 @@
+# How the tests of the cross build are made and run: x64's under Wine, x86's not at all.
+
+# GoogleTest from Debian's sources, for there is no cross-built package.
+find_path(GOOGLETEST_SOURCE CMakeLists.txt PATHS /usr/src/googletest/googletest REQUIRED
+          NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+add_subdirectory(${GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+
+set(wine ${CMAKE_SOURCE_DIR}/scripts/wine-prefix)
+set(CMAKE_CROSSCOMPILING_EMULATOR ${wine} run)
+add_test(NAME wine_starts COMMAND ${wine} start)
+add_test(NAME wine_stops COMMAND ${wine} stop)
+set_tests_properties(wine_starts PROPERTIES FIXTURES_SETUP wine TIMEOUT 400)
+set_tests_properties(wine_stops PROPERTIES FIXTURES_CLEANUP wine)
+
+# Tests by what they need: no forks, signals or servers of another system.
+set(portableTests "/(automation|platform|runtime|contacts|forms|server)/")
