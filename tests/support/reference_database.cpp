@@ -7,6 +7,7 @@
 #include <atomic>
 #include <fstream>
 #include <iterator>
+#include <system_error>
 #include <vector>
 
 #include "automation/conversion.h"
@@ -27,8 +28,10 @@ fs::path NewFile() {
          ("vellum250-test-" + std::to_string(::getpid()) + "-" + std::to_string(++count) + ".db");
 }
 
+// Windows keeps a file as long as a connection rests in the pool.
 void Remove(const fs::path& file) {
-  for (const char* end : {"", "-wal", "-shm", "-journal"}) fs::remove(file.string() + end);
+  std::error_code ignored;
+  for (const char* end : {"", "-wal", "-shm", "-journal"}) fs::remove(file.string() + end, ignored);
 }
 
 void Load(database::Connection& connection, const fs::path& script) {

@@ -1,22 +1,12 @@
 #include "database/odbc/link.h"
 
-#ifndef _WIN32
-#include <unistd.h>
-#endif
-
 #include <limits>
+
+#include "platform/process.h"
 
 namespace vellum250::database::odbc {
 
 namespace {
-
-int64_t ProcessId() {
-#ifdef _WIN32
-  return 0;  // nothing forks there
-#else
-  return getpid();
-#endif
-}
 
 void Run(const Statement& statement, TextView sql) {
   statement.Check(
@@ -29,7 +19,7 @@ Link::Link(const ConnectionString& connectionString, SQLULEN timeout)
     : source_(connectionString.Source()),
       timeout_(timeout),
       passwords_(connectionString.Passwords()),
-      process_(ProcessId()),
+      process_(platform::ProcessId()),
       handle_(Environment()) {
   if (!handle_) throw FailureOf(SQL_HANDLE_ENV, Environment(), passwords_);
   // Drivers without it, those of local files for one, connect all the same.
@@ -50,7 +40,7 @@ Link::Link(const ConnectionString& connectionString, SQLULEN timeout)
 Link::~Link() {
   if (!handle_) return;
   // In a forked process the session is still its parent's, whom a farewell would cost it.
-  if (process_ != ProcessId()) {
+  if (process_ != platform::ProcessId()) {
     handle_.Forget();
     return;
   }
@@ -65,7 +55,7 @@ bool Link::IsFor(const ConnectionString& connectionString, SQLULEN timeout) cons
 }
 
 bool Link::BeginAnew(bool hasRested) {
-  if (process_ != ProcessId()) return false;
+  if (process_ != platform::ProcessId()) return false;
   SQLUINTEGER dead = SQL_CD_FALSE;
   if (SQL_SUCCEEDED(SQLGetConnectAttrW(handle_.get(), SQL_ATTR_CONNECTION_DEAD, &dead,
                                        SQL_IS_UINTEGER, nullptr)) &&
