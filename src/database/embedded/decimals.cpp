@@ -13,8 +13,10 @@
 namespace vellum250::database::embedded {
 namespace {
 
+constexpr int32_t kMostDigits = 38;  // of any type; all of them fit 128 bits
+
 constexpr auto kPowersOfTen = [] {
-  std::array<Int128, 39> powers{};
+  std::array<Int128, kMostDigits + 1> powers{};
   powers[0] = 1;
   for (size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
   return powers;
@@ -22,7 +24,7 @@ constexpr auto kPowersOfTen = [] {
 
 // 10^exponent; nullopt above 38.
 std::optional<Int128> PowerOfTen(int32_t exponent) {
-  if (exponent < 0 || exponent > 38) return std::nullopt;
+  if (exponent < 0 || exponent > kMostDigits) return std::nullopt;
   return kPowersOfTen[static_cast<size_t>(exponent)];
 }
 
@@ -67,10 +69,9 @@ std::optional<Int128> Rescale(Int128 value, int32_t from, int32_t to, Rounding r
     const auto divisor = PowerOfTen(from - to);
     return divisor ? RoundedQuotient(value, *divisor, rounding) : Int128{0};
   }
-  const auto factor = PowerOfTen(to - from);
-  Int128 result = 0;
-  if (!factor || __builtin_mul_overflow(value, *factor, &result)) return std::nullopt;
-  return result;
+  const auto limit = PowerOfTen(kMostDigits - (to - from));
+  if (!limit || value >= *limit || -value >= *limit) return std::nullopt;
+  return value * *PowerOfTen(to - from);
 }
 
 int64_t FitDecimal(Int128 value, TypeInfo type, TextView from) {
@@ -118,8 +119,8 @@ std::optional<Int128> ParseScaled(std::string_view text, int32_t scale, bool& ov
       roundUp = text[i] >= '5';
       ++places;
     } else if (places < scale) {
-      overflow = overflow || __builtin_mul_overflow(number, Int128{10}, &number) ||
-                 __builtin_add_overflow(number, Int128{text[i] - '0'}, &number);
+      overflow = overflow || number >= kPowersOfTen[kMostDigits - 1];
+      if (!overflow) number = number * 10 + (text[i] - '0');
       if (places >= 0) ++places;
     }
   }

@@ -4,14 +4,13 @@
 #include <optional>
 #include <string>
 
+#include "database/embedded/int128.h"
 #include "database/embedded/value.h"
 
 namespace vellum250::database::embedded {
 
-__extension__ using Int128 = __int128;
-
 // `value`, scaled by 10^from, scaled by 10^to; half away from zero when digits go, or cut. nullopt
-// when it does not fit 128 bits.
+// when more than 38 digits would come.
 enum class Rounding : uint8_t { HalfAwayFromZero, TowardsZero };
 std::optional<Int128> Rescale(Int128 value, int32_t from, int32_t to,
                               Rounding rounding = Rounding::HalfAwayFromZero);
