@@ -3,8 +3,10 @@
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(portableTests "^$")
 else()
-  # Tests by what they need: no forks, signals or servers of another system.
+  # Not those that fork, stand between SQLite and its files, or want a server or a driver.
   set(portableTests "/(automation|platform|runtime|contacts|forms|server)/")
+  string(APPEND portableTests "|/database/(connection_string|convert|date_functions|embedded_batch"
+         "|embedded_dialect|expression_types|reference_scripts|statement_types|text_functions)_test")
 endif()
 
 # GoogleTest from Debian's sources, for there is no cross-built package.

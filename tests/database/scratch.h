@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <system_error>
 
 #include "automation/conversion.h"
 #include "database/connection.h"
@@ -23,8 +24,10 @@ class Scratch {
   }
   ~Scratch() {
     connection_.reset();
+    // Windows keeps a file as long as the connection rests in the pool.
+    std::error_code ignored;
     for (const char* suffix : {"", "-wal", "-shm"}) {
-      std::filesystem::remove(file_.string() + suffix);
+      std::filesystem::remove(file_.string() + suffix, ignored);
     }
   }
   Scratch(const Scratch&) = delete;

@@ -22,16 +22,18 @@ Text ConnectionTo(const fs::path& file, TextView more = {}) {
   return u"Driver=Vellum250;Database={" + FromUtf8(file.string()) + u"};" + Text(more);
 }
 
-fs::path NewFile() {
-  static std::atomic<int> count = 0;
-  return fs::path(testing::TempDir()) /
-         ("vellum250-test-" + std::to_string(::getpid()) + "-" + std::to_string(++count) + ".db");
-}
-
 // Windows keeps a file as long as a connection rests in the pool.
 void Remove(const fs::path& file) {
   std::error_code ignored;
   for (const char* end : {"", "-wal", "-shm", "-journal"}) fs::remove(file.string() + end, ignored);
+}
+
+fs::path NewFile() {
+  static std::atomic<int> count = 0;
+  fs::path file = fs::path(testing::TempDir()) / ("vellum250-test-" + std::to_string(::getpid()) +
+                                                  "-" + std::to_string(++count) + ".db");
+  Remove(file);  // left by a process that had the same number
+  return file;
 }
 
 void Load(database::Connection& connection, const fs::path& script) {
