@@ -5,7 +5,6 @@ set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_C_COMPILER ${triple}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${triple}-g++-posix)
 set(CMAKE_RC_COMPILER ${triple}-windres)
-set(VELLUM250_OBJDUMP ${triple}-objdump)
 set(VELLUM250_WIDL ${triple}-widl)
 
 set(CMAKE_FIND_ROOT_PATH /usr/${triple})
