@@ -29,7 +29,7 @@ class WideInteger {
   constexpr bool operator==(const WideInteger&) const = default;
   constexpr std::strong_ordering operator<=>(const WideInteger& other) const {
     const auto order = static_cast<int64_t>(high_) <=> static_cast<int64_t>(other.high_);
-    return order != 0 ? order : low_ <=> other.low_;
+    return std::is_neq(order) ? order : low_ <=> other.low_;
   }
 
   constexpr WideInteger operator-() const { return {~high_ + (low_ == 0 ? 1u : 0u), ~low_ + 1}; }
