@@ -4,8 +4,19 @@ namespace vellum250 {
 
 ClassTable::ClassTable(Text name, std::vector<MemberInfo> members)
     : name_(std::move(name)), members_(std::move(members)) {
-  byName_.reserve(members_.size());
-  for (const MemberInfo& member : members_) byName_.emplace(member.name, &member);
+  byName_.reserve(members_.size() + 2);
+  int32_t position = 0;
+  for (MemberInfo& member : members_) {
+    byName_.emplace(member.name, &member);
+    member.dispatchId = ++position;
+    if (member.role == MemberRole::Default) {
+      member.dispatchId = kDefaultMemberId;
+      byName_.emplace(u"", defaultMember_ = &member);
+    } else if (member.role == MemberRole::Enumerator) {
+      member.dispatchId = kEnumeratorId;
+      byName_.emplace(u"_NewEnum", enumerator_ = &member);
+    }
+  }
 }
 
 // FNV-1a over the lower-cased code units.
@@ -20,6 +31,14 @@ const MemberInfo* ClassTable::Find(TextView name) const {
   return found == byName_.end() ? nullptr : found->second;
 }
 
+const MemberInfo* ClassTable::FindById(int32_t dispatchId) const {
+  if (dispatchId == kDefaultMemberId) return defaultMember_;
+  if (dispatchId == kEnumeratorId) return enumerator_;
+  if (dispatchId < 1 || static_cast<size_t>(dispatchId) > members_.size()) return nullptr;
+  const MemberInfo& member = members_[static_cast<size_t>(dispatchId) - 1];
+  return member.role == MemberRole::Ordinary ? &member : nullptr;
+}
+
 Variant ClassTable::Call(Object& object, const MemberInfo& member, InvokeKind kind,
                          Arguments arguments) const {
   const auto describe = [&] { return name_ + u"." + member.name; };
@@ -30,6 +49,11 @@ Variant ClassTable::Call(Object& object, const MemberInfo& member, InvokeKind ki
   // A method called as a property read is a call all the same: scripts do not tell them apart.
   const bool reads = member.kind != MemberKind::Method && !put;
   const size_t parameterCount = reads ? 0 : member.parameters.size();
+  if (reads && !arguments.empty()) {
+    const Variant value = member.call(object, member, kind, {});
+    const ObjectRef* held = value.If<ObjectRef>();
+    if (held != nullptr && *held) return (*held)->Invoke({}, kind, arguments);
+  }
   if (arguments.size() > parameterCount) {
     throw WrongNumberOfArguments(describe() + u" takes " + NumberText(parameterCount) + u", not " +
                                  NumberText(arguments.size()));

@@ -8,6 +8,10 @@
 //     return table;
 //   }
 //
+// A collection marks its default member and its standard enumerator:
+//         .Method<&Report::Item>(u"Item", {u"vIndex"}).AsDefault()
+//         .ReadOnlyProperty<&Report::NewEnum>(u"NewEnum").AsEnumerator()
+//
 // A member function's parameter is by reference and written back when it is `T&`, by reference and
 // unchanged when it is `const T&`, by value when it is `T`; `std::optional<T>` tells absence. T is
 // bool, uint8_t, int16_t, int32_t, double, Date, Text, Variant or ObjectRef.
@@ -25,6 +29,7 @@
 #include <vector>
 
 #include "automation/conversion.h"
+#include "automation/enumerator.h"
 #include "automation/object.h"
 
 namespace vellum250 {
@@ -65,12 +70,22 @@ inline Parameter Opt(const char16_t* name, Variant defaultValue = {}) {
 
 enum class MemberKind : uint8_t { Method, Property, ReadOnlyProperty };
 
+// The default member is the one that an empty name calls; the enumerator, an `Enumerator`, is what
+// a for-each loop walks, called by "_NewEnum" as well.
+enum class MemberRole : uint8_t { Ordinary, Default, Enumerator };
+
+// Dispatch ids by role; any other member has its position in the interface, counted from 1.
+inline constexpr int32_t kDefaultMemberId = 0;
+inline constexpr int32_t kEnumeratorId = -4;
+
 struct MemberInfo {
   Text name;
   MemberKind kind = MemberKind::Method;
   ScriptType result = ScriptType::None;
   std::vector<ParameterInfo> parameters;
   Variant (*call)(Object& object, const MemberInfo& member, InvokeKind kind, Arguments arguments);
+  MemberRole role = MemberRole::Ordinary;
+  int32_t dispatchId = 0;  // given by the table
 };
 
 class ClassTable {
@@ -85,10 +100,13 @@ class ClassTable {
   std::span<const MemberInfo> Members() const { return members_; }
   // Without regard to case; nullptr when there is none. Does not allocate.
   const MemberInfo* Find(TextView name) const;
+  // By its dispatch id; nullptr when there is none.
+  const MemberInfo* FindById(int32_t dispatchId) const;
 
   // Checks kind and number of the arguments and calls. `object` is of this class. Raises 438, 449,
   // 450 and 13/94/6 for an argument, each naming the member and the parameter, and what the member
-  // itself raises. By-reference arguments are written back also when the member raises.
+  // itself raises. By-reference arguments are written back also when the member raises. Arguments
+  // of a property that is read go to the default member of the object it holds.
   Variant Call(Object& object, const MemberInfo& member, InvokeKind kind,
                Arguments arguments) const;
 
@@ -102,6 +120,8 @@ class ClassTable {
   Text name_;
   std::vector<MemberInfo> members_;
   std::unordered_map<TextView, const MemberInfo*, NameHash, NameEqual> byName_;
+  const MemberInfo* defaultMember_ = nullptr;
+  const MemberInfo* enumerator_ = nullptr;
 };
 
 // Base of the published classes: late binding through the class's own table.
@@ -381,10 +401,19 @@ class Describe {
                           &class_table_detail::CallMethod<C, Get>);
   }
 
+  // What the member just described is to the class.
+  Describe& AsDefault() { return As(MemberRole::Default); }
+  Describe& AsEnumerator() { return As(MemberRole::Enumerator); }
+
   operator ClassTable() && { return ClassTable(std::move(name_), std::move(members_)); }
   operator ClassTable() & { return ClassTable(std::move(name_), std::move(members_)); }
 
  private:
+  Describe& As(MemberRole role) {
+    members_.back().role = role;
+    return *this;
+  }
+
   template <typename T, typename Call>
   Describe& AddProperty(const char16_t* name, MemberKind kind, Call call) {
     const ScriptType type = class_table_detail::TypeOf(class_table_detail::Tag<T>{});

@@ -5,6 +5,7 @@
 
 #include "automation/failure.h"
 #include "automation/locale.h"
+#include "automation/object.h"
 
 namespace vellum250 {
 
@@ -20,6 +21,27 @@ namespace {
     default:
       throw TypeMismatch();
   }
+}
+
+// As many objects may hold one another as values; an endless chain is a mistake of the host's.
+constexpr int kLongestChain = 16;
+
+// What an object is worth where a value is needed: its default member. 13 when it has none that can
+// be called without arguments.
+Variant DefaultOf(ObjectRef object) {
+  for (int i = 0; object && i < kLongestChain; ++i) {
+    try {
+      Variant value = object->Invoke({}, InvokeKind::Method | InvokeKind::Get, {});
+      const ObjectRef* next = value.If<ObjectRef>();
+      if (next == nullptr) return value;
+      object = *next;
+    } catch (const Failure& failure) {
+      const int32_t number = failure.Number();
+      if (number == 438 || number == 449 || number == 450) throw TypeMismatch();
+      throw;
+    }
+  }
+  throw TypeMismatch();
 }
 
 Text CurrencyText(Currency value) {
@@ -80,6 +102,8 @@ Text ToText(const Variant& value) {
       return value.As<Decimal>().digits;
     case VariantType::Date:
       return DateText(value.As<Date>());
+    case VariantType::Object:
+      return ToText(DefaultOf(value.As<ObjectRef>()));
     default:
       RaiseUnconvertible(value);
   }
@@ -111,6 +135,8 @@ double ToDouble(const Variant& value) {
       if (const auto truth = ParseBoolean(text)) return *truth ? -1 : 0;
       throw TypeMismatch();
     }
+    case VariantType::Object:
+      return ToDouble(DefaultOf(value.As<ObjectRef>()));
     default:
       RaiseUnconvertible(value);
   }
@@ -130,6 +156,7 @@ Date ToDate(const Variant& value) {
   if (const Text* text = value.If<Text>()) {
     if (const auto date = ParseDate(*text)) return *date;
   }
+  if (const ObjectRef* object = value.If<ObjectRef>()) return ToDate(DefaultOf(*object));
   // The script's dates run from 1 January 100 to 31 December 9999.
   const double days = ToDouble(value);
   if (!(days > -657435.0 && days < 2958466.0)) throw OverflowFailure();

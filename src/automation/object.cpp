@@ -1,5 +1,7 @@
 #include "automation/object.h"
 
+#include "automation/enumerator.h"
+
 namespace vellum250 {
 
 void Retain(Object* object) noexcept {
@@ -8,6 +10,10 @@ void Retain(Object* object) noexcept {
 
 void Release(Object* object) noexcept {
   if (object != nullptr && --object->references_ == 0) delete object;
+}
+
+Variant Enumerator::Invoke(TextView member, InvokeKind, Arguments) {
+  throw NoSuchMember(Text(member) + u" of an enumerator");
 }
 
 }  // namespace vellum250

@@ -43,6 +43,10 @@ class Object {
   // The published interface, or nullptr for an object of the host.
   virtual const ClassTable* Class() const { return nullptr; }
 
+  // A host's own side of this object while one lives: the object has one identity there. Belongs
+  // to the host; nobody else touches it.
+  void* hostSide = nullptr;
+
  private:
   friend void Retain(Object* object) noexcept;
   friend void Release(Object* object) noexcept;

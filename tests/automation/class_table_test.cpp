@@ -150,6 +150,78 @@ TEST(ClassTables, DescribeTypesAndPassingInOrder) {
   EXPECT_EQ(members[6].result, ScriptType::Object);
 }
 
+// A collection within a collection: both can be indexed and walked.
+class Shelf final : public ScriptObject<Shelf> {
+ public:
+  static const ClassTable& Table() {
+    static const ClassTable table = Describe<Shelf>(u"Shelf")
+                                        .ReadOnlyProperty<&Shelf::Count>(u"Count")
+                                        .ReadOnlyProperty<&Shelf::NewEnum>(u"NewEnum")
+                                        .AsEnumerator()
+                                        .Method<&Shelf::Item>(u"Item", {u"index"})
+                                        .AsDefault()
+                                        .ReadOnlyProperty<&Shelf::Inner>(u"Inner");
+    return table;
+  }
+  int32_t Count() { return 3; }
+  ObjectRef NewEnum() { return nullptr; }
+  int32_t Item(int32_t index) { return index * 10; }
+  ObjectRef Inner() { return MakeObject<Shelf>(); }
+};
+
+TEST(ClassTables, DispatchIdsFollowTheInterfaceButForMembersWithARole) {
+  const ClassTable& table = Shelf::Table();
+  const std::pair<TextView, int32_t> ids[] = {{u"Count", 1}, {u"newenum", -4}, {u"_NewEnum", -4},
+                                              {u"Item", 0},  {u"", 0},         {u"Inner", 4}};
+  for (const auto& [name, id] : ids) {
+    ASSERT_NE(table.Find(name), nullptr) << ToUtf8(name);
+    EXPECT_EQ(table.Find(name)->dispatchId, id) << ToUtf8(name);
+    EXPECT_EQ(table.FindById(id), table.Find(name)) << ToUtf8(name);
+  }
+  for (const int32_t none : {2, 3, 5, -1}) EXPECT_EQ(table.FindById(none), nullptr) << none;
+}
+
+// An object whose value is that of its default member.
+class Amount final : public ScriptObject<Amount> {
+ public:
+  static const ClassTable& Table() {
+    static const ClassTable table =
+        Describe<Amount>(u"Amount").Property<&Amount::Value>(u"Value").AsDefault();
+    return table;
+  }
+  Variant Value;
+};
+
+TEST(ClassTables, AnObjectIsWorthItsDefaultMemberWhereAValueIsNeeded) {
+  const auto amount = MakeObject<Amount>();
+  const auto holder = MakeObject<Amount>();
+  holder->Value = amount;
+  for (const ObjectRef& object : {ObjectRef(amount), ObjectRef(holder)}) {
+    amount->Value = u"12";
+    EXPECT_EQ(ToText(object), u"12");
+    EXPECT_EQ(ToInt32(object), 12);
+    amount->Value = u"31/12/2004";
+    EXPECT_EQ(ToDate(object), Date{38352});
+  }
+  amount->Value = holder;  // each holds the other
+  EXPECT_THROW(ToText(holder), Failure);
+  amount->Value = MakeObject<Shelf>();
+  EXPECT_THROW(ToText(amount), Failure) << "its default member wants an index";
+}
+
+TEST(ClassTables, ArgumentsOfAPropertyReadGoToTheDefaultMemberOfItsValue) {
+  const ObjectRef shelf = MakeObject<Shelf>();
+  Variant index[] = {Variant(4)};
+  EXPECT_EQ(shelf->Invoke(u"Inner", kCall, index), Variant(40));
+  EXPECT_EQ(shelf->Invoke({}, kCall, index), Variant(40));
+  try {
+    shelf->Invoke(u"Count", kCall, index);
+    ADD_FAILURE() << "a number has no default member";
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.Number(), 450);
+  }
+}
+
 TEST(Dictionary, KeepsOrderAndTellsKeysApartByCase) {
   const auto dictionary = MakeObject<Dictionary>();
   dictionary->Add(u"b", 1);

@@ -20,6 +20,7 @@ class ForwardingObject final : public HostObject {
     const napi_env env = environment.Env();
     const Napi::HandleScope scope(env);
     const TextView name = member.empty() ? TextView(u"Item") : member;
+    if (member.empty() && arguments.empty()) throw NoSuchMember(u"a dictionary without a key");
     if (!Includes(kind, InvokeKind::Method | InvokeKind::Get)) {
       throw NoSuchMember(Text(name) + u" of the page's dictionary cannot be assigned");
     }
