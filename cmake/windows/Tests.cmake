@@ -4,8 +4,8 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(portableTests "^$")
 else()
   # Not those that fork, stand between SQLite and its files, or want a server or a driver.
-  set(portableTests "/(automation|platform|runtime|contacts|forms|server)/")
-  string(APPEND portableTests "|/database/(connection_string|convert|date_functions|embedded_batch"
+  set(portableTests "^(automation|platform|runtime|contacts|forms|server|com)/")
+  string(APPEND portableTests "|^database/(connection_string|convert|date_functions|embedded_batch"
          "|embedded_dialect|expression_types|reference_scripts|statement_types|text_functions)_test")
 endif()
 

@@ -1,22 +1,53 @@
-// The entry points of the DLL.
-#include <windows.h>
+// What Windows calls in the DLL.
 #include <olectl.h>
 
-extern "C" {
+#include <cwchar>
 
-BOOL WINAPI DllMain(HINSTANCE, DWORD, LPVOID) { return TRUE; }
+#include "server/com/class_factory.h"
+#include "server/com/failures.h"
+#include "server/com/module.h"
+#include "server/com/registration.h"
 
-HRESULT WINAPI DllGetClassObject(REFCLSID, REFIID, LPVOID* object) {
-  *object = nullptr;
-  return CLASS_E_CLASSNOTAVAILABLE;
+namespace com = vellum250::com;
+
+namespace {
+
+template <typename Body>
+HRESULT Stopped(Body&& body) noexcept {
+  try {
+    return body();
+  } catch (...) {
+    return com::CurrentHresult();
+  }
 }
 
-HRESULT WINAPI DllCanUnloadNow() { return S_OK; }
+}  // namespace
 
-HRESULT WINAPI DllRegisterServer() { return SELFREG_E_CLASS; }
+// Threads are told of: what belongs to one is released when it ends.
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+  if (reason == DLL_PROCESS_DETACH && processEnds != nullptr) com::TellProcessEnds();
+  return TRUE;
+}
 
-HRESULT WINAPI DllUnregisterServer() { return SELFREG_E_CLASS; }
+STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** out) {
+  if (out == nullptr) return E_POINTER;
+  *out = nullptr;
+  return Stopped([&] { return com::GetClassObject(classId, iid, out); });
+}
 
-HRESULT WINAPI DllInstall(BOOL, LPCWSTR) { return SELFREG_E_CLASS; }
+STDAPI DllCanUnloadNow() { return com::Live().Needed() ? S_FALSE : S_OK; }
 
-}  // extern "C"
+STDAPI DllRegisterServer() {
+  return Stopped([] { return com::Register(com::Scope::Machine); });
+}
+
+STDAPI DllUnregisterServer() {
+  return Stopped([] { return com::Unregister(com::Scope::Machine); });
+}
+
+// "user" is for the user alone (regsvr32 /n /i:user), anything else for the machine.
+STDAPI DllInstall(BOOL install, PCWSTR commandLine) {
+  const bool user = commandLine != nullptr && _wcsicmp(commandLine, L"user") == 0;
+  const com::Scope scope = user ? com::Scope::User : com::Scope::Machine;
+  return Stopped([&] { return install != FALSE ? com::Register(scope) : com::Unregister(scope); });
+}

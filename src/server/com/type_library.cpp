@@ -1,0 +1,67 @@
+#include "server/com/type_library.h"
+
+#include "server/class_ids.h"
+#include "server/com/module.h"
+
+// In oleaut32.dll since Windows Vista.
+extern "C" {
+HRESULT WINAPI RegisterTypeLibForUser(ITypeLib* library, OLECHAR* path, OLECHAR* helpFolder);
+HRESULT WINAPI UnRegisterTypeLibForUser(REFGUID library, WORD major, WORD minor, LCID locale,
+                                        SYSKIND system);
+}
+
+namespace vellum250::com {
+
+namespace {
+
+#ifdef _WIN64
+constexpr SYSKIND kSystem = SYS_WIN64;
+#else
+constexpr SYSKIND kSystem = SYS_WIN32;
+#endif
+
+HRESULT Load(ComPtr<ITypeLib>& library) {
+  return LoadTypeLibEx(Wide(ModulePath()), REGKIND_NONE, library.Out());
+}
+
+}  // namespace
+
+bool HasTypeLibrary() {
+  return FindResourceW(ThisModule(), MAKEINTRESOURCEW(1), L"TYPELIB") != nullptr;
+}
+
+HRESULT RegisterTypeLibrary(Scope scope) {
+  if (!HasTypeLibrary()) return S_OK;
+  ComPtr<ITypeLib> library;
+  const HRESULT loaded = Load(library);
+  if (FAILED(loaded)) return loaded;
+  Text path = ModulePath();
+  auto* wide = reinterpret_cast<wchar_t*>(path.data());
+  return scope == Scope::User ? RegisterTypeLibForUser(library.get(), wide, nullptr)
+                              : RegisterTypeLib(library.get(), wide, nullptr);
+}
+
+HRESULT UnregisterTypeLibrary(Scope scope) {
+  if (!HasTypeLibrary()) return S_OK;
+  const auto unregister = scope == Scope::User ? UnRegisterTypeLibForUser : UnRegisterTypeLib;
+  const HRESULT result = unregister(GuidOf(server::kLibraryId), server::kLibraryMajorVersion,
+                                    server::kLibraryMinorVersion, LOCALE_NEUTRAL, kSystem);
+  return result == TYPE_E_REGISTRYACCESS ? S_OK : result;  // it was not registered
+}
+
+IID InterfaceIdOf(const ClassTable& table) {
+  const server::ClassIds* ids = server::FindClassIds(table.Name());
+  return ids != nullptr ? GuidOf(ids->interfaceId) : IID_NULL;
+}
+
+ComPtr<ITypeInfo> TypeInfoOf(const ClassTable& table) {
+  ComPtr<ITypeInfo> info;
+  ComPtr<ITypeLib> library;
+  const IID iid = InterfaceIdOf(table);
+  if (iid != IID_NULL && HasTypeLibrary() && SUCCEEDED(Load(library))) {
+    if (FAILED(library->GetTypeInfoOfGuid(iid, info.Out()))) return {};
+  }
+  return info;
+}
+
+}  // namespace vellum250::com
