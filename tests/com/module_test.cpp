@@ -10,7 +10,7 @@
 #include "runtime/component_context.h"
 #include "server/class_ids.h"
 #include "server/com/failures.h"
-#include "server/com/registration.h"
+#include "server/com/guid.h"
 
 namespace vellum250::com {
 namespace {

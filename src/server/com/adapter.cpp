@@ -69,23 +69,26 @@ class Adapter : public IDispatch {
 class TableAdapter final : public Adapter {
  public:
   TableAdapter(ObjectRef object, const ClassTable& table)
-      : Adapter(std::move(object)), table_(table) {}
+      : Adapter(std::move(object)), table_(table), interfaceId_(InterfaceIdOf(table)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
     const HRESULT result = Adapter::QueryInterface(iid, out);
     // The class's own interface has no functions beside those of IDispatch.
-    if (result != E_NOINTERFACE || iid != InterfaceIdOf(table_)) return result;
+    if (result != E_NOINTERFACE || iid != interfaceId_ || iid == IID_NULL) return result;
     return Adapter::QueryInterface(IID_IDispatch, out);
   }
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (count == nullptr) return E_POINTER;
-    *count = TypeInfoOf(table_) ? 1 : 0;
+    *count = interfaceId_ != IID_NULL && HasTypeLibrary() ? 1 : 0;
     return S_OK;
   }
   HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** out) override {
     if (out == nullptr) return E_POINTER;
-    *out = index == 0 ? TypeInfoOf(table_).Detach() : nullptr;
-    return *out != nullptr ? S_OK : DISP_E_BADINDEX;
+    *out = nullptr;
+    return Guarded([&] {
+      if (index == 0) *out = TypeInfoOf(interfaceId_).Detach();
+      return *out != nullptr ? S_OK : DISP_E_BADINDEX;
+    });
   }
 
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
@@ -127,9 +130,10 @@ class TableAdapter final : public Adapter {
 
   // What was changed by reference reaches the caller also when the member raises.
   Variant Call(const MemberInfo& member, InvokeKind kind, CallArguments& arguments) {
+    const ObjectRef object = Wrapped();  // the page may let go of it in the call
     Variant answer;
     try {
-      answer = table_.Call(*Wrapped(), member, kind, arguments.Values());
+      answer = table_.Call(*object, member, kind, arguments.Values());
     } catch (...) {
       try {
         arguments.WriteBack();
@@ -143,6 +147,7 @@ class TableAdapter final : public Adapter {
   }
 
   const ClassTable& table_;
+  const IID interfaceId_;
 };
 
 // What a for-each loop walks. Loops ask a collection for it; asked in the same way, it answers with
@@ -184,7 +189,7 @@ class EnumeratorAdapter final : public Adapter, public IEnumVARIANT {
   HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* out, ULONG* fetched) override {
     if (out == nullptr || (fetched == nullptr && count != 1)) return E_INVALIDARG;
     ULONG made = 0;
-    const HRESULT result = Walk([&] {
+    const HRESULT result = Guarded([&] {
       for (; made < count; ++made) {
         const std::optional<Variant> element = enumerator_.Next();
         if (!element) return S_FALSE;
@@ -196,7 +201,7 @@ class EnumeratorAdapter final : public Adapter, public IEnumVARIANT {
     return result;
   }
   HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
-    return Walk([&] {
+    return Guarded([&] {
       for (; count > 0; --count) {
         if (!enumerator_.Next()) return S_FALSE;
       }
@@ -204,7 +209,7 @@ class EnumeratorAdapter final : public Adapter, public IEnumVARIANT {
     });
   }
   HRESULT STDMETHODCALLTYPE Reset() override {
-    return Walk([&] {
+    return Guarded([&] {
       enumerator_.Reset();
       return S_OK;
     });
@@ -212,22 +217,13 @@ class EnumeratorAdapter final : public Adapter, public IEnumVARIANT {
   HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** out) override {
     if (out == nullptr) return E_POINTER;
     *out = nullptr;
-    return Walk([&] {
+    return Guarded([&] {
       return ToDispatch(enumerator_.Clone())
           ->QueryInterface(IID_IEnumVARIANT, reinterpret_cast<void**>(out));
     });
   }
 
  private:
-  template <typename Body>
-  static HRESULT Walk(Body&& body) noexcept {
-    try {
-      return body();
-    } catch (...) {
-      return CurrentHresult();
-    }
-  }
-
   Enumerator& enumerator_;  // the one that Adapter keeps
 };
 

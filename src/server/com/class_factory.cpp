@@ -3,8 +3,8 @@
 #include "server/class_ids.h"
 #include "server/com/adapter.h"
 #include "server/com/failures.h"
+#include "server/com/guid.h"
 #include "server/com/module.h"
-#include "server/com/registration.h"
 #include "server/factory.h"
 
 namespace vellum250::com {
@@ -36,11 +36,7 @@ class ClassFactory final : public IClassFactory {
     if (out == nullptr) return E_POINTER;
     *out = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
-    try {
-      return ToDispatch(published_.create())->QueryInterface(iid, out);
-    } catch (...) {
-      return CurrentHresult();
-    }
+    return Guarded([&] { return ToDispatch(published_.create())->QueryInterface(iid, out); });
   }
   HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
     Live().locks += lock != FALSE ? 1 : -1;

@@ -10,19 +10,6 @@
 
 namespace com = vellum250::com;
 
-namespace {
-
-template <typename Body>
-HRESULT Stopped(Body&& body) noexcept {
-  try {
-    return body();
-  } catch (...) {
-    return com::CurrentHresult();
-  }
-}
-
-}  // namespace
-
 // Threads are told of: what belongs to one is released when it ends.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
   if (reason == DLL_PROCESS_DETACH && processEnds != nullptr) com::TellProcessEnds();
@@ -32,22 +19,23 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
 STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** out) {
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
-  return Stopped([&] { return com::GetClassObject(classId, iid, out); });
+  return com::Guarded([&] { return com::GetClassObject(classId, iid, out); });
 }
 
 STDAPI DllCanUnloadNow() { return com::Live().Needed() ? S_FALSE : S_OK; }
 
 STDAPI DllRegisterServer() {
-  return Stopped([] { return com::Register(com::Scope::Machine); });
+  return com::Guarded([] { return com::Register(com::Scope::Machine); });
 }
 
 STDAPI DllUnregisterServer() {
-  return Stopped([] { return com::Unregister(com::Scope::Machine); });
+  return com::Guarded([] { return com::Unregister(com::Scope::Machine); });
 }
 
 // "user" is for the user alone (regsvr32 /n /i:user), anything else for the machine.
 STDAPI DllInstall(BOOL install, PCWSTR commandLine) {
   const bool user = commandLine != nullptr && _wcsicmp(commandLine, L"user") == 0;
   const com::Scope scope = user ? com::Scope::User : com::Scope::Machine;
-  return Stopped([&] { return install != FALSE ? com::Register(scope) : com::Unregister(scope); });
+  return com::Guarded(
+      [&] { return install != FALSE ? com::Register(scope) : com::Unregister(scope); });
 }

@@ -14,7 +14,7 @@ int32_t ToNumber(HRESULT result);
 // Runs inside a catch block: tells what was thrown by `exception` (may be null) and returns
 // DISP_E_EXCEPTION.
 HRESULT TellFailure(EXCEPINFO* exception) noexcept;
-// The same for an interface that has no place for words.
+// The same for an interface that has no place for words: the number alone.
 HRESULT CurrentHresult() noexcept;
 
 // What every call of a host runs in: no C++ exception gets out. `body` returns an HRESULT.
@@ -24,6 +24,14 @@ HRESULT Guarded(EXCEPINFO* exception, Body&& body) noexcept {
     return body();
   } catch (...) {
     return TellFailure(exception);
+  }
+}
+template <typename Body>
+HRESULT Guarded(Body&& body) noexcept {
+  try {
+    return body();
+  } catch (...) {
+    return CurrentHresult();
   }
 }
 

@@ -10,6 +10,7 @@
 #include <ole2.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <span>
@@ -29,8 +30,9 @@ inline TextView View(BSTR text) { return View(text, SysStringLen(text)); }
 inline const wchar_t* Wide(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
 inline const wchar_t* Wide(const Text& text) { return Wide(text.c_str()); }
 
-// A new BSTR. Raises std::bad_alloc.
+// A new BSTR. Raises std::bad_alloc, also for a text that is longer than one can be.
 inline BSTR MakeBstr(TextView text) {
+  if (text.size() > INT32_MAX / sizeof(char16_t)) throw std::bad_alloc();
   const BSTR made = SysAllocStringLen(reinterpret_cast<const wchar_t*>(text.data()),
                                       static_cast<UINT>(text.size()));
   if (made == nullptr) throw std::bad_alloc();

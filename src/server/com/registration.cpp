@@ -4,7 +4,6 @@
 
 #include <vector>
 
-#include "automation/failure.h"
 #include "server/class_ids.h"
 #include "server/com/module.h"
 #include "server/com/type_library.h"
@@ -87,12 +86,6 @@ HRESULT Unregister(Scope scope) {
     }
   }
   return result;
-}
-
-GUID GuidOf(TextView text) {
-  GUID guid{};
-  if (FAILED(CLSIDFromString(Wide(Text(text)), &guid))) throw InvalidProcedureCall(text);
-  return guid;
 }
 
 }  // namespace vellum250::com

@@ -1,7 +1,8 @@
 // The registry entries by which Windows finds the classes.
 #pragma once
 
-#include "automation/text.h"
+#include <cstdint>
+
 #include "server/com/ole.h"
 
 namespace vellum250::com {
@@ -14,8 +15,5 @@ enum class Scope : uint8_t { Machine, User };
 HRESULT Register(Scope scope);
 // What is not there is no failure.
 HRESULT Unregister(Scope scope);
-
-// "{...}" as a GUID; raises 5 for another text.
-GUID GuidOf(TextView text);
 
 }  // namespace vellum250::com

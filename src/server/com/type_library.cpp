@@ -1,6 +1,7 @@
 #include "server/com/type_library.h"
 
 #include "server/class_ids.h"
+#include "server/com/guid.h"
 #include "server/com/module.h"
 
 // In oleaut32.dll since Windows Vista.
@@ -54,12 +55,11 @@ IID InterfaceIdOf(const ClassTable& table) {
   return ids != nullptr ? GuidOf(ids->interfaceId) : IID_NULL;
 }
 
-ComPtr<ITypeInfo> TypeInfoOf(const ClassTable& table) {
+ComPtr<ITypeInfo> TypeInfoOf(REFIID interfaceId) {
   ComPtr<ITypeInfo> info;
   ComPtr<ITypeLib> library;
-  const IID iid = InterfaceIdOf(table);
-  if (iid != IID_NULL && HasTypeLibrary() && SUCCEEDED(Load(library))) {
-    if (FAILED(library->GetTypeInfoOfGuid(iid, info.Out()))) return {};
+  if (interfaceId != IID_NULL && HasTypeLibrary() && SUCCEEDED(Load(library))) {
+    if (FAILED(library->GetTypeInfoOfGuid(interfaceId, info.Out()))) return {};
   }
   return info;
 }

@@ -17,6 +17,6 @@ HRESULT UnregisterTypeLibrary(Scope scope);
 // Of the class's dispatch interface; IID_NULL for a class without ids.
 IID InterfaceIdOf(const ClassTable& table);
 // The description of that interface, none when the library has none.
-ComPtr<ITypeInfo> TypeInfoOf(const ClassTable& table);
+ComPtr<ITypeInfo> TypeInfoOf(REFIID interfaceId);
 
 }  // namespace vellum250::com
