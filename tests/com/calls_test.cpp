@@ -1,6 +1,7 @@
 // What arrives in a call, and what comes back.
 #include <gtest/gtest.h>
 
+#include "com/allocations.h"
 #include "com/probe.h"
 #include "server/com/module.h"
 
@@ -277,6 +278,24 @@ TEST_F(Calls, VariantVariablesTakeTheChangedValueAsItIs) {
                 .number,
             62);
   EXPECT_EQ(View(first.bstrVal), u"changed");
+}
+
+TEST_F(Calls, TakeNoMemoryButTheirTexts) {
+  VARIANT variable = Value(5);
+  VARIANT number = Reference(VT_VARIANT, variable);
+  VARIANT to[] = {Value(6), number};  // the last one first
+  const std::pair<const wchar_t*, DISPPARAMS> calls[] = {{L"trivial", {&number, nullptr, 1, 0}},
+                                                         {L"Change", {to, nullptr, 2, 0}}};
+  for (const auto& [name, given] : calls) {
+    DISPPARAMS parameters = given;
+    VARIANT answer{};
+    const int64_t before = Allocations();
+    const HRESULT result = probe_->Invoke(IdOf(probe_.get(), name), IID_NULL, 0, kCall, &parameters,
+                                          &answer, nullptr, nullptr);
+    EXPECT_EQ(Allocations(), before);
+    EXPECT_EQ(result, S_OK);
+  }
+  EXPECT_EQ(variable.lVal, 6);
 }
 
 TEST_F(Calls, ObjectsKeepTheirIdentity) {
