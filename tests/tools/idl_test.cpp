@@ -18,6 +18,10 @@ class Probe final : public ScriptObject<Probe> {
             .ReadOnlyProperty<&Probe::Count>(u"Count")
             .Property<&Probe::Target>(u"Target")
             .Property<&Probe::Value>(u"Value")
+            .ReadOnlyProperty<&Probe::NewEnum>(u"NewEnum")
+            .AsEnumerator()
+            .Method<&Probe::Item>(u"Item", {u"index"})
+            .AsDefault()
             .Method<&Probe::Change>(u"Change", {u"text", Opt(u"level", int32_t{7}), Opt(u"count"),
                                                 Opt(u"day"), Opt(u"note", u"\"x\"")})
             .Method<&Probe::Take>(u"Take", {u"item", Opt(u"kind", u"\"y\""), Opt(u"on", true),
@@ -27,6 +31,8 @@ class Probe final : public ScriptObject<Probe> {
   Text Note;
   ObjectRef Target;
   Variant Value;
+  ObjectRef NewEnum() { return {}; }
+  Variant Item(const Variant&) { return {}; }
   int16_t Count() const { return 0; }
   void Change(Text&, int32_t, uint8_t&, Date, const Text&) {}
   ObjectRef Take(const ObjectRef&, Text, bool&, const Variant&, double, std::optional<bool>) {
@@ -45,8 +51,10 @@ TEST(Idl, DescribesEveryKindOfMember) {
   const std::string idl = WriteIdl(kLibrary);
   EXPECT_EQ(idl.substr(0, idl.find("\ntypedef")),
             "// Written by vellum250-idl from the class tables.\n"
+            "// value stands as Value.\n"
             "// count stands as Count.\n"
             "// note stands as Note.\n"
+            "// item stands as Item.\n"
             "// Text stands as text.\n");
   EXPECT_EQ(idl.substr(idl.find("[uuid(00000000-0000-0000-0000-000000000001)")),
             R"([uuid(00000000-0000-0000-0000-000000000001), version(2.1),
@@ -70,14 +78,17 @@ library sample {
           [in] VARIANT Value);
       [id(4), propputref] void Value(
           [in] VARIANT Value);
-      [id(5)] void Change(
+      [id(-4), restricted, propget] IUnknown* NewEnum();
+      [id(0)] VARIANT Item(
+          [in] VARIANT* index);
+      [id(7)] void Change(
           [in, out] BSTR* text,
           [in, optional, defaultvalue(7)] long level,
           [in, out, optional] unsigned char* Count,
           [in, optional] DATE day,
           [in, optional] BSTR* Note /* = "\"x\"" */);
-      [id(6)] IDispatch* Take(
-          [in] IDispatch** item,
+      [id(8)] IDispatch* Take(
+          [in] IDispatch** Item,
           [in, optional, defaultvalue("\"y\"")] BSTR kind,
           [in, out, optional] VARIANT_BOOL* on /* = -1 */,
           [in, optional] VARIANT* any,
@@ -122,8 +133,20 @@ TEST(Idl, ReferenceInTheDocumentsIsUpToDate) {
 
 TEST(Idl, ReferenceTellsTypesDefaultsAndChanges) {
   const std::string page = WriteReference(kLibrary);
-  EXPECT_EQ(page.substr(page.find("### Change")),
-            R"(### Change
+  EXPECT_EQ(page.substr(page.find("### NewEnum")),
+            R"(### NewEnum
+
+What `For Each` walks. Object property, read only.
+
+### Item
+
+The default member. Variant result. `Item(index)`
+
+| Parameter | Type | Given |
+|---|---|---|
+| `index` | Variant | required |
+
+### Change
 
 `Change(text, [level], [count], [day], [note])`
 

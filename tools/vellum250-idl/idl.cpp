@@ -123,16 +123,16 @@ void AppendParameter(std::string& out, const ParameterInfo& parameter, const Spe
 }
 
 // One function of a member: a method, or a property's access with its attribute.
-void AppendFunction(std::string& out, const MemberInfo& member, std::string_view id,
-                    std::string_view access, const Spellings& spellings) {
+void AppendFunction(std::string& out, const MemberInfo& member, std::string_view access,
+                    const Spellings& spellings) {
   const bool isPut = access.starts_with("propput");
   const bool takesParameters = isPut || member.kind == MemberKind::Method;
-  out += "      [id(";
-  out += id;
-  out += ')';
+  const bool isEnumerator = member.role == MemberRole::Enumerator;
+  out += "      [id(" + std::to_string(member.dispatchId) + ')';
+  if (isEnumerator) out += ", restricted";
   if (!access.empty()) (out += ", ") += access;
   out += "] ";
-  out += isPut ? "void" : TypeName(member.result);
+  out += isPut ? "void" : isEnumerator ? "IUnknown*" : TypeName(member.result);
   out += ' ' + spellings.Of(member.name) + '(';
   if (takesParameters) {
     std::string_view separator = "\n          ";
@@ -145,24 +145,22 @@ void AppendFunction(std::string& out, const MemberInfo& member, std::string_view
   out += ");\n";
 }
 
-void AppendMember(std::string& out, const MemberInfo& member, std::string_view id,
-                  const Spellings& spellings) {
-  if (member.kind == MemberKind::Method) return AppendFunction(out, member, id, {}, spellings);
-  AppendFunction(out, member, id, "propget", spellings);
+void AppendMember(std::string& out, const MemberInfo& member, const Spellings& spellings) {
+  if (member.kind == MemberKind::Method) return AppendFunction(out, member, {}, spellings);
+  AppendFunction(out, member, "propget", spellings);
   if (member.kind == MemberKind::ReadOnlyProperty) return;
   const bool maybeObject =
       member.result == ScriptType::Object || member.result == ScriptType::Variant;
-  if (member.result != ScriptType::Object) AppendFunction(out, member, id, "propput", spellings);
-  if (maybeObject) AppendFunction(out, member, id, "propputref", spellings);
+  if (member.result != ScriptType::Object) AppendFunction(out, member, "propput", spellings);
+  if (maybeObject) AppendFunction(out, member, "propputref", spellings);
 }
 
 void AppendInterface(std::string& out, const Class& published, const Spellings& spellings) {
   const std::string name = spellings.Of(FromUtf8(published.Name()));
   out += "\n  [uuid(" + Bare(published.interfaceId) + "), hidden]\n";
   out += "  dispinterface _" + name + " {\n    properties:\n    methods:\n";
-  int32_t id = 0;
   for (const MemberInfo& member : published.table->Members()) {
-    AppendMember(out, member, std::to_string(++id), spellings);
+    AppendMember(out, member, spellings);
   }
   out += "  };\n\n  [uuid(" + Bare(published.classId) + "), helpstring(\"" + published.ProgId() +
          "\")]\n";

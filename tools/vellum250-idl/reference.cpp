@@ -58,6 +58,8 @@ void AppendMethod(std::string& out, const MemberInfo& member) {
 
 void AppendMember(std::string& out, const MemberInfo& member) {
   out += "\n### " + ToUtf8(member.name) + "\n\n";
+  if (member.role == MemberRole::Default) out += "The default member. ";
+  if (member.role == MemberRole::Enumerator) out += "What `For Each` walks. ";
   const std::string_view type = TypeName(member.result);
   if (member.kind != MemberKind::Method) {
     (out += type) += member.kind == MemberKind::Property ? " property, read and write.\n"
