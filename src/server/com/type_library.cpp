@@ -47,7 +47,8 @@ HRESULT UnregisterTypeLibrary(Scope scope) {
   const auto unregister = scope == Scope::User ? UnRegisterTypeLibForUser : UnRegisterTypeLib;
   const HRESULT result = unregister(GuidOf(server::kLibraryId), server::kLibraryMajorVersion,
                                     server::kLibraryMinorVersion, LOCALE_NEUTRAL, kSystem);
-  return result == TYPE_E_REGISTRYACCESS ? S_OK : result;  // it was not registered
+  // What Windows and Wine say when it was not registered.
+  return result == TYPE_E_REGISTRYACCESS || result == E_INVALIDARG ? S_OK : result;
 }
 
 IID InterfaceIdOf(const ClassTable& table) {
