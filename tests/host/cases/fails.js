@@ -1,0 +1,3 @@
+
+Print("before");
+throw new Error(5, "no é");

@@ -1,0 +1,4 @@
+
+
+Err.Raise 1234, "here", "no é"
+Echo "never"

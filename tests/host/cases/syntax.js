@@ -1,0 +1,3 @@
+Print("never");
+
+var = 1;

@@ -1,0 +1,3 @@
+Echo "never"
+
+If Then

@@ -1,0 +1,1 @@
+CreateObject "nobody.knows"
