@@ -4,7 +4,12 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "automation/locale.h"
@@ -126,6 +131,18 @@ bool ReadDate(const std::vector<Piece>& fields, CivilTime& time) {
          time.day <= DaysInMonth(time.year, time.month);
 }
 
+// "&H11", "&o17": the digits and the letter of the base.
+std::optional<double> ParseBased(TextView digits, char16_t base) {
+  if (base != u'h' && base != u'o') return std::nullopt;
+  std::string ascii;
+  for (char16_t c : digits) ascii.push_back(c < 128 ? static_cast<char>(c) : '?');
+  uint64_t number = 0;
+  const char* const end = ascii.data() + ascii.size();
+  const auto [stop, error] = std::from_chars(ascii.data(), end, number, base == u'h' ? 16 : 8);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return static_cast<double>(number);
+}
+
 }  // namespace
 
 Text DoubleText(double number) {
@@ -187,9 +204,25 @@ Text DateText(Date date) {
 }
 
 std::optional<double> ParseDouble(TextView text) {
-  const TextView trimmed = TrimBlanks(text);
+  TextView rest = TrimBlanks(text);
+  if (rest.size() > 2 && rest[0] == u'&') return ParseBased(rest.substr(2), AsciiLower(rest[1]));
+  bool negative = rest.starts_with(u'(') && rest.ends_with(u')') && rest.size() > 2;
+  bool hasSign = negative;
+  if (negative) rest = rest.substr(1, rest.size() - 2);
+  // A sign and the currency's may stand before or behind.
+  bool hasCurrency = false;
+  const auto isRead = [&](char16_t c) {
+    if (c == u'+' || c == u'-') {
+      negative = negative || c == u'-';
+      return !std::exchange(hasSign, true);
+    }
+    return c == u' ' || (c == u'\u00A3' && !std::exchange(hasCurrency, true));
+  };
+  while (!rest.empty() && isRead(rest.front())) rest.remove_prefix(1);
+  while (!rest.empty() && isRead(rest.back())) rest.remove_suffix(1);
+
   std::string ascii;
-  for (char16_t c : trimmed) {
+  for (char16_t c : rest) {
     // Grouping commas are read over, as the run time does; letters only in an exponent.
     if (c == u',') continue;
     const bool allowed =
@@ -197,15 +230,12 @@ std::optional<double> ParseDouble(TextView text) {
     if (!allowed) return std::nullopt;
     ascii.push_back(static_cast<char>(c));
   }
-  std::string_view digits = ascii;
-  if (digits.starts_with('+')) digits.remove_prefix(1);
-  if (digits.starts_with('+') || trimmed.starts_with(u',')) return std::nullopt;
+  if (ascii.empty() || ascii[0] == '-' || rest.starts_with(u',')) return std::nullopt;
   double number = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  if (error != std::errc() || end != digits.data() + digits.size() || digits.empty()) {
-    return std::nullopt;
-  }
-  return number;
+  const char* const end = ascii.data() + ascii.size();
+  const auto [stop, error] = std::from_chars(ascii.data(), end, number);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return negative ? -number : number;
 }
 
 std::optional<Date> ParseDate(TextView text) {
