@@ -1,0 +1,2 @@
+expect("a number", 1 + 1, "2");
+finish();

@@ -1,0 +1,2 @@
+Expect "one and one", 1 + 1, 3
+Finish

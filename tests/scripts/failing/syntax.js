@@ -1,0 +1,2 @@
+expect("one and one", 1 + 1, 2;
+finish();
