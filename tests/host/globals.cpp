@@ -1,6 +1,9 @@
 #include "host/globals.h"
 
+#include <filesystem>
 #include <memory>
+
+#include "runtime/html_encode.h"
 
 namespace vellum250::host {
 namespace {
@@ -18,6 +21,11 @@ void CreateInto(VARIANT& result, const Text& name) {
 }
 
 void Create(const HostObject::Call& call) { CreateInto(call.result, TextOf(call[0])); }
+
+// The folder in which the host runs stands for the site's.
+void MapPath(const HostObject::Call& call) {
+  SetText(call.result, std::filesystem::absolute(TextOf(call[0])).u16string());
+}
 
 void Echo(const HostObject::Call& call) {
   Text line;
@@ -59,7 +67,9 @@ ComPtr<HostObject> MakeRequest(const Arguments& arguments) {
         MakeEntry(found == arguments.end() ? std::vector<Text>() : found->second);
     SetObject(call.result, made.get());
   };
-  for (const wchar_t* name : {L"", L"Form", L"QueryString"}) request->Add(name, entry);
+  for (const wchar_t* name : {L"", L"Form", L"QueryString", L"ServerVariables"}) {
+    request->Add(name, entry);
+  }
   return request;
 }
 
@@ -110,6 +120,12 @@ void AddPage(HostObject& globals, const Arguments& arguments, const std::vector<
   });
   ComPtr<HostObject> server = HostObject::Make();
   server->Add(L"CreateObject", &Create);
+  server->Add(L"MapPath", &MapPath);
+  server->Add(L"HTMLEncode", [](const HostObject::Call& call) {
+    Text encoded;
+    AppendHtmlEncoded(encoded, TextOf(call[0]));
+    SetText(call.result, encoded);
+  });
   globals.AddObject(L"Request", MakeRequest(arguments));
   globals.AddObject(L"Response", response);
   globals.AddObject(L"Server", server);
