@@ -54,16 +54,18 @@ Function WhyNotCreated()
   Dim made
   made = " (error " & Hex(failure) & ")"
   If classId = "" Then
-    WhyNotCreated = ClassName & " is not registered. Run install.cmd as administrator, or with /user."
+    WhyNotCreated = ClassName & " is not registered. Run install.cmd as administrator, or " & _
+      "with /user."
   ElseIf dll = "" Then
-    WhyNotCreated = ClassName & " is registered for " & otherBits & "-bit programs only, and this is a " & _
-      bits & "-bit one. Run install.cmd again; under IIS see ""Enable 32-Bit Applications"" of the pool."
+    WhyNotCreated = ClassName & " is registered for " & otherBits & "-bit programs only, and " & _
+      "this is a " & bits & "-bit one. Run install.cmd again; under IIS see " & _
+      """Enable 32-Bit Applications"" of the pool."
   ElseIf Not files.FileExists(dll) Then
     WhyNotCreated = ClassName & " is registered, but its module is gone: " & dll & _
       ". Run install.cmd where the files are now."
   ElseIf BitsOf(dll) = otherBits Then
-    WhyNotCreated = "wrong bitness: " & dll & " is for " & otherBits & "-bit programs, and this is a " & _
-      bits & "-bit one. Run install.cmd, which registers the right one for each."
+    WhyNotCreated = "wrong bitness: " & dll & " is for " & otherBits & "-bit programs, and " & _
+      "this is a " & bits & "-bit one. Run install.cmd, which registers the right one for each."
   Else
     WhyNotCreated = dll & " is registered but cannot be loaded" & made & _
       ". See whether the file may be read and run by this user, and is not blocked."
@@ -109,9 +111,12 @@ Sub TryDatabase(connectionString)
 End Sub
 
 Function IsAboutDriver(words)
-  IsAboutDriver = InStr(words, "no odbc driver") > 0 Or _
-    InStr(words, "no default driver") > 0 Or InStr(words, "can't open lib") > 0 Or InStr(words, "could not be loaded") > 0 Or _
-    InStr(words, "architecture mismatch") > 0
+  Dim sign
+  IsAboutDriver = False
+  For Each sign In Array("no odbc driver", "no default driver", "can't open lib", _
+      "could not be loaded", "architecture mismatch")
+    If InStr(words, sign) > 0 Then IsAboutDriver = True
+  Next
 End Function
 
 Function InstalledDrivers()
@@ -123,5 +128,5 @@ Function InstalledDrivers()
       InstalledDrivers = InstalledDrivers & name & "; "
     End If
   Next
-  If InstalledDrivers = "" Then InstalledDrivers = "none. The ODBC Driver for SQL Server is a download of Microsoft's."
+  If InstalledDrivers = "" Then InstalledDrivers = "none; Microsoft offers it for download."
 End Function

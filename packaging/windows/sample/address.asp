@@ -12,7 +12,8 @@ connection = Application("connection")
 If connection = "" Then
   connection = "Driver=Vellum250;Database={" & Server.MapPath("App_Data/members.db") & "};"
 End If
-' Texts and settings by name, of which a site keeps one set for all its pages. Missing ones have defaults.
+' Texts and settings by name, of which a site keeps one set for all its pages. Those that are
+' missing have defaults.
 Set texts = Server.CreateObject("Scripting.Dictionary")
 texts.Add "GeneralTown1", "Town:"
 texts.Add "GeneralCounty1", "County:"
