@@ -8,6 +8,7 @@
 #include "com/probe.h"
 #include "server/class_ids.h"
 #include "server/factory.h"
+#include "support/reference_database.h"
 
 namespace vellum250::com {
 namespace {
@@ -182,6 +183,22 @@ TEST(TypeLibrary, BindsACompiledCaller) {
   EXPECT_EQ(invoke(L"DisplayAddressName", DISPATCH_METHOD,
                    {Reference(VT_BSTR, town), Reference(VT_BSTR, street)}),
             "1 High St, York");
+
+  const support::ReferenceDatabase database;
+  invoke(L"Connection", DISPATCH_METHOD, {Value(database.ConnectionString())});
+  invoke(L"SysDebug", DISPATCH_METHOD, {Value(false)});
+  LONG owner = 17;
+  BSTR main = MakeBstr(u"Y");
+  uint8_t editLink = 5;
+  std::vector<VARIANT> insertion(16, Value(Missing{}));
+  insertion[0] = Reference(VT_UI1, editLink);
+  insertion[1] = Reference(VT_BSTR, main);
+  insertion[12] = Reference(VT_BSTR, street);
+  insertion[15] = Reference(VT_I4, owner);
+  EXPECT_EQ(invoke(L"InsertIndividualAddress", DISPATCH_METHOD, insertion), std::to_string(VT_I4));
+  EXPECT_EQ(editLink, 1);
+  EXPECT_EQ(View(main), u"'Y'");
+
   VARIANT words = Value(u"Jane Mary");
   invoke(L"GetFirstWord", DISPATCH_METHOD, {Reference(VT_VARIANT, words)});
   EXPECT_EQ(View(words.bstrVal), u"Jane");
