@@ -1,7 +1,8 @@
 # Run by the target `package`: lays out the folder <X64>/package/<NAME> and packs it.
 
 set(folder ${X64}/package/${NAME})
-file(REMOVE_RECURSE ${X64}/package)
+set(zip ${X64}/${NAME}-windows.zip)
+file(REMOVE_RECURSE ${X64}/package ${zip})
 
 foreach(architecture x64 x86)
   string(TOUPPER ${architecture} build)
@@ -27,8 +28,6 @@ file(MAKE_DIRECTORY ${folder}/sample/App_Data)
 set(ENV{VELLUM250_SQL} ${NATIVE}/tools/vellum250-sql/vellum250-sql)
 execute_process(COMMAND ${SOURCE}/scripts/demo-database ${database} COMMAND_ERROR_IS_FATAL ANY)
 
-set(zip ${X64}/${NAME}-windows.zip)
-file(REMOVE ${zip})
 execute_process(COMMAND ${CMAKE_COMMAND} -E tar cf ${zip} --format=zip ${NAME}
                 WORKING_DIRECTORY ${X64}/package COMMAND_ERROR_IS_FATAL ANY)
 message(STATUS "Packed ${zip}")
