@@ -1,6 +1,7 @@
 // Binding: names become columns with types, conversions become visible, and out comes SQLite text.
 #pragma once
 
+#include "database/embedded/messages.h"
 #include "database/embedded/plan.h"
 
 namespace vellum250::database::embedded {
@@ -60,6 +61,7 @@ struct Scope {
   size_t firstVisible = 0;  // ON does not see what stands before a comma
   std::optional<Grouping> grouping;
   bool aggregatesAllowed = false;
+  const Message* noAggregates = &AggregateInWhere;  // why not, by the clause that is bound
   int32_t insideAggregate = 0;
   int32_t columnsFound = 0;
 };
@@ -151,7 +153,6 @@ class Binder {
   Typed BindObjectProperty(const Expression& expression, Scope& scope);
 
   TypedValue LiteralOf(const Expression& expression);  // pins it
-  DatabaseFailure AggregateFailure(const Expression& expression, const Scope& scope) const;
   void Pin(int32_t literal);
 
   const BindInput& input_;

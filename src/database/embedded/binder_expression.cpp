@@ -161,10 +161,7 @@ const BoundColumn* Binder::FindColumn(const Expression& expression, Scope& scope
     }
     for (const BoundColumn& column : source.columns) {
       if (!EqualsIgnoreAsciiCase(column.name, expression.name)) continue;
-      if (found) {
-        throw ServerFailure(209, u"Ambiguous column name '" + expression.name + u"'.",
-                            expression.line);
-      }
+      if (found) throw AtLine(AmbiguousColumn(expression.name), expression.line);
       found = &column;
     }
   }

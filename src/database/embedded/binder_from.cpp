@@ -109,7 +109,11 @@ class FromBinder {
     sql += kWords[static_cast<size_t>(source.join)];
     const std::string right = BindSource(*source.right);
     sql += source.right->left ? "(" + right + ")" : right;
-    if (source.on) sql += " ON " + binder_.Condition(*source.on, scope_);
+    if (source.on) {
+      scope_.noAggregates = &AggregateInOn;
+      sql += " ON " + binder_.Condition(*source.on, scope_);
+      scope_.noAggregates = &AggregateInWhere;
+    }
     return sql;
   }
 

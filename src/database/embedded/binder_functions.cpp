@@ -227,18 +227,9 @@ Typed Binder::BindRuled(const Expression& e, Scope& scope) {
   return rule.result == Result::Cut && type.length != -1 ? Cut(std::move(result)) : result;
 }
 
-DatabaseFailure Binder::AggregateFailure(const Expression& e, const Scope& scope) const {
-  if (scope.insideAggregate > 0) {
-    return ServerFailure(130,
-                         u"Cannot perform an aggregate function on an expression containing an "
-                         u"aggregate or a subquery.",
-                         e.line);
-  }
-  return AtLine(AggregateInWhere(), e.line);
-}
-
 Typed Binder::BindAggregate(const Expression& e, Scope& scope) {
-  if (!scope.aggregatesAllowed || scope.insideAggregate > 0) throw AggregateFailure(e, scope);
+  if (scope.insideAggregate > 0) throw AtLine(AggregateInAggregate(), e.line);
+  if (!scope.aggregatesAllowed) throw AtLine((*scope.noAggregates)(), e.line);
   if (e.arguments.size() != 1) throw WrongArguments(e, 1);
   const Text name = ToLower(e.name);
   const bool counts = name == u"count" || name == u"count_big";

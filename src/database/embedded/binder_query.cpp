@@ -137,7 +137,9 @@ class QueryBinder {
                             u"not an outer reference.",
                             expression->line);
       }
+      scope.noAggregates = &AggregateInGrouping;
       const Typed value = binder_.Bind(*expression, scope);
+      scope.noAggregates = &AggregateInWhere;
       if (IsLongText(value.type)) throw NotComparable();
       if (!bound.groupBy.empty()) bound.groupBy += ", ";
       bound.groupBy += Binder::Collated(value);
@@ -229,10 +231,13 @@ class QueryBinder {
       return static_cast<size_t>(*position);
     }
     if (value.kind != ExpressionKind::Column || !value.qualifier.empty()) return 0;
+    size_t position = 0;
     for (size_t i = 0; i < bound.names.size(); ++i) {
-      if (EqualsIgnoreAsciiCase(bound.names[i], value.name)) return i + 1;
+      if (!EqualsIgnoreAsciiCase(bound.names[i], value.name)) continue;
+      if (position != 0) throw AtLine(AmbiguousColumn(value.name), value.line);
+      position = i + 1;
     }
-    return 0;
+    return position;
   }
 
   std::string Order(const std::vector<OrderItem>& orderBy, const SelectCore& core, Scope& scope,
@@ -314,6 +319,10 @@ BoundQuery Binder::BindQuery(const Query& query, Scope* outer, bool derived) {
                         u"Subqueries are not allowed in this context. Only scalar expressions are "
                         u"allowed.",
                         query.cores[0].line);
+  }
+  if (outer && (outer->insideAggregate > 0 || outer->noAggregates == &AggregateInGrouping)) {
+    throw AtLine(outer->insideAggregate > 0 ? AggregateInAggregate() : AggregateInGrouping(),
+                 query.cores[0].line);
   }
   return QueryBinder(*this, outer).Bind(query, derived);
 }

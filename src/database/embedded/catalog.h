@@ -14,6 +14,9 @@
 
 namespace vellum250::database::embedded {
 
+// SQLite's constraint that keeps an identity within its column's type.
+inline constexpr std::string_view kIdentityCheck = "vellum250_identity";
+
 struct ColumnInfo {
   Text name;
   TypeInfo type;

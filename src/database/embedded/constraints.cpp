@@ -107,6 +107,9 @@ DatabaseFailure RowFailure(const ConstraintViolation& violation, const Plan& pla
     case SQLITE_CONSTRAINT_ROWID:
       return KeyFailure(DetailOf(violation), table);
     case SQLITE_CONSTRAINT_CHECK:
+      if (DetailOf(violation) == FromUtf8(kIdentityCheck)) {
+        return ConversionOverflow(u"IDENTITY", MessageName(table.Identity()->type));
+      }
       return ConstraintConflict(VerbOf(plan.kind), u"CHECK", DetailOf(violation),
                                 u"dbo." + table.name, {});
     case SQLITE_CONSTRAINT_FOREIGNKEY:

@@ -33,6 +33,19 @@ inline constexpr Message TopIsNoInteger{
     1060,
     u"The number of rows provided for a TOP or FETCH clauses row count parameter must be an "
     u"integer."};
+inline constexpr Message AmbiguousColumn{209, u"Ambiguous column name '%'."};
+inline constexpr Message AggregateInAggregate{
+    130,
+    u"Cannot perform an aggregate function on an expression containing an aggregate or a "
+    u"subquery."};
+inline constexpr Message AggregateInGrouping{
+    144,
+    u"Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP "
+    u"BY clause."};
+inline constexpr Message AggregateInOn{
+    1015,
+    u"An aggregate cannot appear in an ON clause unless it is in a subquery contained in a HAVING "
+    u"clause or select list, and the column being aggregated is an outer reference."};
 inline constexpr Message AggregateInWhere{
     147,
     u"An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a "

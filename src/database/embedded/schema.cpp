@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "automation/locale.h"
+#include "database/embedded/decimals.h"
 #include "database/embedded/failures.h"
 #include "database/embedded/messages.h"
 #include "database/embedded/plan.h"
@@ -296,6 +297,11 @@ class TableMaker {
       if (column.identity) {
         // The row's own number, which is never given twice.
         sql += " PRIMARY KEY AUTOINCREMENT";
+        const IntegerRange range = RangeOf(column.type.type);
+        sql.append(" CONSTRAINT ").append(kIdentityCheck).append(" CHECK (");
+        sql.append(QuotedName(column.name)).append(" BETWEEN ");
+        sql.append(std::to_string(range.least)).append(" AND ");
+        sql.append(std::to_string(range.most)).append(")");
       } else {
         if (IsText(column.type)) sql += " COLLATE TSQL";
         if (!column.nullable) sql += " NOT NULL";
