@@ -218,6 +218,11 @@ TEST(EmbeddedBatch, FailuresHaveTheServersNumbers) {
        8115},
       {u"SELECT name, code AS name FROM member ORDER BY name", 209},
       {u"SELECT name, * FROM member ORDER BY name", 209},
+      {u"SELECT round(1)", 189},
+      {u"SELECT datepart('yy', getdate())", 1023},
+      {u"CREATE INDEX ix ON nothing (a)", 1088},
+      {u"CREATE TABLE u (a int REFERENCES grade (code))", 1778},
+      {u"CREATE TABLE u (a text UNIQUE)", 1919},
       {u"SELECT sum(CASE WHEN EXISTS (SELECT 1) THEN points END) FROM member", 130},
       {u"SELECT 1 FROM member GROUP BY (SELECT 1)", 144},
       {u"SELECT 1 FROM member GROUP BY max(name)", 144},
@@ -336,6 +341,10 @@ TEST(EmbeddedBatch, CountsNamesAndTemporaryTablesAreTheServers) {
       {u"IF EXISTS (SELECT * FROM dbo.sysobjects WHERE id = object_id(N'[dbo].[member]') AND "
        u"OBJECTPROPERTY(id, N'IsUserTable') = 1) SELECT object_id('member', 'V')",
        "NULL"},
+      {u"SELECT isnull(points, 0) AS p, isnull(points, code) AS q, len(cast(name AS varchar(max))) "
+       u"'n', 't' = email INTO made FROM member SELECT column_name, data_type, is_nullable FROM "
+       u"information_schema.columns WHERE table_name = 'made' ORDER BY ordinal_position",
+       "p|smallint|NO;q|smallint|YES;n|bigint|YES;t|varchar|YES"},
       {u"SELECT name FROM sys.objects WHERE object_id = object_id('usp_make') AND type IN (N'P')",
        "usp_make"},
   };

@@ -15,6 +15,7 @@ struct Typed {
   enum class Form : uint8_t { Atom, Column, Joined, Other };
   Form form = Form::Other;
   bool isNull = false;                 // the untyped NULL
+  bool neverNull = false;              // isnull with a constant
   int32_t slot = -1;                   // `sql` is this parameter and nothing else
   const ColumnInfo* column = nullptr;  // of a table, as it stands
 };

@@ -13,6 +13,7 @@ namespace {
 
 enum class Result : uint8_t {
   Int,
+  Length,  // bigint for max
   Char,
   NChar,
   VarChar,  // nvarchar when an argument is national, max when one is
@@ -33,14 +34,14 @@ struct Rule {
   Result result;
   bool code = false;  // the first argument's type follows the arguments
 };
-constexpr Rule kRules[] = {{u"len", 1, "T", Result::Int},
-                           {u"datalength", 1, "*", Result::Int, true},
+constexpr Rule kRules[] = {{u"len", 1, "T", Result::Length},
+                           {u"datalength", 1, "*", Result::Length, true},
                            {u"ascii", 1, "T", Result::Int},
                            {u"unicode", 1, "T", Result::Int},
                            {u"left", 2, "TI", Result::LikeFirst},
                            {u"right", 2, "TI", Result::LikeFirst},
                            {u"substring", 3, "OII", Result::LikeFirst},
-                           {u"charindex", 2, "TAI", Result::Int},
+                           {u"charindex", 2, "TAI", Result::Length},
                            {u"patindex", 2, "TA", Result::Int},
                            {u"replace", 3, "TTT", Result::Cut},
                            {u"stuff", 4, "TIIT", Result::Cut},
@@ -66,11 +67,14 @@ constexpr Rule kRules[] = {{u"len", 1, "T", Result::Int},
                            {u"sqrt", 1, "F", Result::Float},
                            {u"newid", 0, "", Result::Guid}};
 
+DatabaseFailure WrongArguments(const Expression& e, size_t least, size_t most) {
+  const Text function = u"The " + ToLower(e.name) + u" function requires " + NumberText(least);
+  if (least == most) return ServerFailure(174, function + u" argument(s).", e.line);
+  return ServerFailure(189, function + u" to " + NumberText(most) + u" arguments.", e.line);
+}
+
 DatabaseFailure WrongArguments(const Expression& e, size_t count) {
-  return ServerFailure(
-      174,
-      u"The " + ToLower(e.name) + u" function requires " + NumberText(count) + u" argument(s).",
-      e.line);
+  return WrongArguments(e, count, count);
 }
 
 // The longest text that some are made into: max when one of them is, national likewise.
@@ -87,6 +91,10 @@ TypeInfo ResultOf(const Rule& rule, const std::vector<Typed>& arguments) {
   switch (rule.result) {
     case Result::Int:
       return kInt;
+    case Result::Length: {
+      const Typed& measured = arguments[rule.name == u"charindex" ? 1 : 0];
+      return measured.type.length == -1 && !IsLongText(measured.type) ? kBigInt : kInt;
+    }
     case Result::Float:
       return kFloat;
     case Result::Char:
@@ -195,7 +203,7 @@ Typed Binder::BindRuled(const Expression& e, Scope& scope) {
   std::vector<Typed> arguments;
   for (const ExpressionPtr& argument : e.arguments) arguments.push_back(Bind(*argument, scope));
   if (arguments.size() < rule.least || arguments.size() > rule.arguments.size()) {
-    throw WrongArguments(e, rule.least);
+    throw WrongArguments(e, rule.least, rule.arguments.size());
   }
   for (size_t i = 0; i < arguments.size(); ++i) {
     Typed& argument = arguments[i];
@@ -279,7 +287,9 @@ Typed Binder::BindIsNull(const Expression& e, Scope& scope) {
   if (first.isNull) return second;
   const TypeInfo type = first.type;
   second = ConvertWhenUsed(std::move(second), type);
-  return Called("ifnull(" + first.sql + ", " + second.sql + ")", type);
+  Typed value = Called("ifnull(" + first.sql + ", " + second.sql + ")", type);
+  value.neverNull = e.arguments[1]->kind == ExpressionKind::Literal;
+  return value;
 }
 
 Typed Binder::BindCoalesce(const Expression& e, Scope& scope) {
@@ -317,6 +327,9 @@ Typed Binder::BindDatePart(const Expression& e, Scope& scope) {
   const size_t count = name == u"dateadd" || name == u"datediff" ? 3 : 2;
   if (e.arguments.size() != count) throw WrongArguments(e, count);
   const Expression& part = *e.arguments[0];
+  if (part.kind == ExpressionKind::Literal) {
+    throw ServerFailure(1023, u"Invalid parameter 1 specified for " + name + u".", e.line);
+  }
   if (part.kind != ExpressionKind::Column || !FindDatePart(ToUtf8(part.name))) {
     throw AtLine(UnknownDatePart(part.name, name), e.line);
   }

@@ -70,7 +70,12 @@ class QueryBinder {
     }
     for (size_t i = 0; i < cores[0].items.size(); ++i) {
       const Typed& item = cores[0].items[i];
-      bound.columns.push_back({cores[0].names[i], item.type, item.column});
+      // An outer join gives NULL for any column.
+      const SelectCore& core = query.cores[0];
+      const bool single = cores.size() == 1 && core.from.size() == 1 && !core.from[0]->left;
+      const bool nullable = cores.size() > 1 ||
+                            !(item.neverNull || (single && item.column && !item.column->nullable));
+      bound.columns.push_back({cores[0].names[i], item.type, item.column, nullable});
     }
     bound.variables = std::move(cores[0].variables);
     bound.singleRow = cores.size() == 1 && cores[0].singleRow;
@@ -399,9 +404,9 @@ CreateTableStatement BindSelectInto(const BindInput& input, const Query& query) 
     definition.type = column.type;
     // A whole number's digits say nothing about a column.
     if (column.type.type != SqlType::Decimal) definition.type.precision = 0;
+    definition.nullable = column.nullable;
     if (!single || column.column == nullptr) continue;
     const ColumnInfo& origin = *column.column;
-    definition.nullable = origin.nullable;
     definition.identity = origin.identity && core.groupBy.empty() &&
                           std::ranges::count(bound.columns, &origin, &ResultColumn::column) == 1;
     definition.seed = origin.seed;

@@ -60,6 +60,9 @@ inline constexpr Message AlreadyAnObject{2714,
                                          u"There is already an object named '%' in the database."};
 inline constexpr Message NoSuchType{2715, u"Cannot find data type %."};
 inline constexpr Message NotASystemType{243, u"Type % is not a defined system type."};
+inline constexpr Message CannotFind{
+    1088,
+    u"Cannot find the object \"%\" because it does not exist or you do not have permissions."};
 inline constexpr Message NoSuchProcedure{2812, u"Could not find stored procedure '%'."};
 inline constexpr Message CannotDrop{
     3701, u"Cannot drop the % '%', because it does not exist or you do not have permission."};

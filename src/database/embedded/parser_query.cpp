@@ -103,13 +103,25 @@ SelectItem Parser::ParseSelectItem() {
     item.value = ParseSum();
     return item;
   }
-  item.value = ParseSum();
-  const bool explicitAlias = Take(u"as");
-  if (Current().kind == TokenKind::Literal && IsText(scanned_.literals[Current().index].type)) {
+  const auto atText = [&] {
+    return Current().kind == TokenKind::Literal && IsText(scanned_.literals[Current().index].type);
+  };
+  const auto takeText = [&] {
     const int32_t index = Current().index;
     pinned_.push_back(index);
     item.alias = FromUtf8(std::get<std::string>(scanned_.literals[index].value));
     ++at_;
+  };
+  if (atText() && Matches(Ahead(1), u"=")) {
+    takeText();
+    ++at_;
+    item.value = ParseSum();
+    return item;
+  }
+  item.value = ParseSum();
+  const bool explicitAlias = Take(u"as");
+  if (atText()) {
+    takeText();
   } else if (explicitAlias || AtName()) {
     item.alias = TakeName();
   }

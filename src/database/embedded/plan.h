@@ -36,6 +36,7 @@ struct ResultColumn {
   Text name;
   TypeInfo type;
   const ColumnInfo* column = nullptr;  // of a table, as it stands; while the statement is bound
+  bool nullable = true;
 };
 
 // The variable that a column of SELECT @v = ... goes to, by its position in the frame.

@@ -504,8 +504,7 @@ void Runner::RunSetOption(const SetOptionStatement& set) {
 void Runner::RunIdentityInsert(const IdentityInsertStatement& identity) {
   const ObjectPtr table = session_.Objects().Find(identity.table);
   if (!table || table->kind != ObjectKind::Table) {
-    throw ServerFailure(1088, u"Cannot find the object \"" + identity.table +
-                                  u"\" because it does not exist or you do not have permissions.");
+    throw CannotFind(identity.table);
   }
   if (table->Identity() == nullptr) {
     throw ServerFailure(8106, u"Table '" + table->name +

@@ -230,7 +230,14 @@ class TableMaker {
   }
 
   void RequireKeyColumn(const Text& name, const ConstraintDefinition& definition) const {
-    if (table_.Find(name)) return;
+    if (const ColumnInfo* column = table_.Find(name)) {
+      if (!IsLongText(column->type)) return;
+      throw ServerFailure(
+          1919,
+          u"Column '" + name + u"' in table '" + table_.name +
+              u"' is of a type that is invalid for use as a key column in an index.",
+          definition.line);
+    }
     throw ServerFailure(1911,
                         u"Column name '" + name + u"' does not exist in the target table or view.",
                         definition.line);
@@ -262,6 +269,16 @@ class TableMaker {
                               u"' that match the referencing column list in the "
                               u"foreign key '" +
                               constraint.name + u"'.",
+                          definition.line);
+    }
+    for (size_t i = 0; i < constraint.columns.size(); ++i) {
+      const ColumnInfo& from = *table_.Find(constraint.columns[i]);
+      const ColumnInfo& to = *parent.Find(constraint.parentColumns[i]);
+      if (from.type.type == to.type.type) continue;
+      throw ServerFailure(1778,
+                          u"Column '" + parent.name + u"." + to.name +
+                              u"' is not the same data type as referencing column '" + table_.name +
+                              u"." + from.name + u"' in foreign key '" + constraint.name + u"'.",
                           definition.line);
     }
     std::string sql = "CONSTRAINT " + QuotedName(constraint.name) + " FOREIGN KEY (" +
@@ -401,7 +418,8 @@ void CreateTable(Database& database, Catalog& catalog, const CreateTableStatemen
 
 void CreateIndex(Database& database, Catalog& catalog, const CreateIndexStatement& statement) {
   SchemaChange change(database, catalog);
-  const ObjectPtr table = RequireTable(catalog, statement.table);
+  const ObjectPtr table = catalog.Find(statement.table);
+  if (!table || table->kind != ObjectKind::Table) throw CannotFind(statement.table);
   for (const Text& column : statement.columns) {
     if (!table->Find(column)) {
       throw ServerFailure(
@@ -454,6 +472,7 @@ void CreateView(Database& database, Catalog& catalog, const CreateViewStatement&
     ColumnInfo column;
     column.name = statement.columnNames.empty() ? plan.columns[i].name : statement.columnNames[i];
     column.type = plan.columns[i].type;
+    column.nullable = plan.columns[i].nullable;
     if (column.name.empty()) {
       throw ServerFailure(4511,
                           u"Create View or Function failed because no column name was "
