@@ -274,7 +274,8 @@ class TableMaker {
     for (size_t i = 0; i < constraint.columns.size(); ++i) {
       const ColumnInfo& from = *table_.Find(constraint.columns[i]);
       const ColumnInfo& to = *parent.Find(constraint.parentColumns[i]);
-      if (from.type.type == to.type.type) continue;
+      // A sysname is an nvarchar.
+      if (MessageName(from.type) == MessageName(to.type)) continue;
       throw ServerFailure(1778,
                           u"Column '" + parent.name + u"." + to.name +
                               u"' is not the same data type as referencing column '" + table_.name +
