@@ -111,6 +111,8 @@ TEST(EmbeddedDialect, Changes) {
        "#2628 line 1: String or binary data would be truncated in table 'dbo.#copy', column "
        "'town'. "
        "Truncated value: 'xxxxxxxxxxxxxxxxxxxx'."},
+      {u"SELECT table_name INTO #names FROM information_schema.tables SELECT count(*) FROM #names",
+       "2"},
       {u"SELECT name INTO note FROM person",
        "#2714 line 1: There is already an object named 'note' in the database."},
       {u"SELECT 1 / (person_ref - 2) AS q INTO #bad FROM person",

@@ -158,6 +158,7 @@ class Binder {
 
   const BindInput& input_;
   std::vector<Slot> slots_;
+  std::vector<ObjectPtr> tables_;  // bound values point at their columns
   int32_t aliases_ = 0;
   int32_t columnsFound_ = 0;  // in all scopes
   int32_t views_ = 0;         // depth of views in views

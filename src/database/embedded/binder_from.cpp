@@ -36,6 +36,7 @@ BoundSource Binder::TableSource(const ObjectPtr& table, TextView alias) {
   source.alias = Text(alias);
   source.sqlAlias = "t" + std::to_string(++aliases_);
   source.table = table;
+  tables_.push_back(table);
   for (const ColumnInfo& column : table->columns) {
     source.columns.push_back(
         {column.name, column.type, source.sqlAlias + "." + QuotedName(column.name), &column});
