@@ -1,7 +1,7 @@
 // Every test runs in an apartment, as pages do.
 #include <gtest/gtest.h>
 
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <thread>
 
 #include "com/probe.h"
+#include "platform/windows/ole_failures.h"
 #include "runtime/component_context.h"
 #include "server/class_ids.h"
-#include "server/com/failures.h"
 #include "server/com/guid.h"
 
 namespace vellum250::com {

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "automation/class_table.h"
+#include "platform/windows/ole_failures.h"
 #include "server/com/adapter.h"
-#include "server/com/failures.h"
 #include "server/com/values.h"
 
 namespace vellum250::com {

@@ -2,8 +2,8 @@
 
 #include <activscp.h>
 
+#include "platform/windows/ole_failures.h"
 #include "server/com/adapter.h"
-#include "server/com/failures.h"
 
 namespace vellum250::com {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 
 namespace vellum250::host {
 

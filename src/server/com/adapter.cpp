@@ -4,8 +4,8 @@
 #include <cwchar>
 
 #include "automation/class_table.h"
+#include "platform/windows/ole_failures.h"
 #include "server/com/arguments.h"
-#include "server/com/failures.h"
 #include "server/com/host_object.h"
 #include "server/com/module.h"
 #include "server/com/type_library.h"

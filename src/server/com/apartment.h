@@ -7,7 +7,7 @@
 
 #include <unordered_set>
 
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 
 namespace vellum250::com {
 

@@ -1,8 +1,8 @@
 #include "server/com/class_factory.h"
 
+#include "platform/windows/ole_failures.h"
 #include "server/class_ids.h"
 #include "server/com/adapter.h"
-#include "server/com/failures.h"
 #include "server/com/guid.h"
 #include "server/com/module.h"
 #include "server/factory.h"

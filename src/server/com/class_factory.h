@@ -1,7 +1,7 @@
 // Creation of the published classes by their class ids.
 #pragma once
 
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 
 namespace vellum250::com {
 

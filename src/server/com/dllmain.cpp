@@ -3,8 +3,8 @@
 
 #include <cwchar>
 
+#include "platform/windows/ole_failures.h"
 #include "server/com/class_factory.h"
-#include "server/com/failures.h"
 #include "server/com/module.h"
 #include "server/com/registration.h"
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 
 namespace vellum250::com {
 

@@ -2,8 +2,8 @@
 
 #include <dispex.h>
 
+#include "platform/windows/ole_failures.h"
 #include "server/com/apartment.h"
-#include "server/com/failures.h"
 #include "server/com/values.h"
 
 namespace vellum250::com {

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 
 namespace vellum250::com {
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "automation/class_table.h"
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 #include "server/com/registration.h"
 
 namespace vellum250::com {

@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "automation/failure.h"
+#include "platform/windows/ole_failures.h"
 #include "server/com/adapter.h"
-#include "server/com/failures.h"
 #include "server/com/host_object.h"
 
 namespace vellum250::com {

@@ -22,7 +22,7 @@
 #pragma once
 
 #include "automation/object.h"
-#include "server/com/ole.h"
+#include "platform/windows/ole.h"
 
 namespace vellum250::com {
 

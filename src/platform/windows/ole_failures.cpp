@@ -1,4 +1,4 @@
-#include "server/com/failures.h"
+#include "platform/windows/ole_failures.h"
 
 #include <new>
 

@@ -17,6 +17,7 @@
 #include <utility>
 
 #include "automation/text.h"
+#include "platform/windows/wide.h"
 
 namespace vellum250::com {
 
@@ -26,9 +27,7 @@ inline TextView View(const wchar_t* text, size_t length) {
 }
 // A null BSTR is the empty text.
 inline TextView View(BSTR text) { return View(text, SysStringLen(text)); }
-// `text` ends with a null character.
-inline const wchar_t* Wide(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
-inline const wchar_t* Wide(const Text& text) { return Wide(text.c_str()); }
+using platform::Wide;
 
 // A new BSTR. Raises std::bad_alloc, also for a text that is longer than one can be.
 inline BSTR MakeBstr(TextView text) {
