@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "com/probe.h"
+#include "platform/file_version.h"
 #include "server/class_ids.h"
 #include "server/factory.h"
 #include "support/reference_database.h"
@@ -100,6 +101,10 @@ TEST(TypeLibrary, HoldsTheMembersOfTheTablesInOrder) {
     ASSERT_TRUE(info);
     EXPECT_EQ(FunctionsOf(*info), FunctionsOf(table)) << ToUtf8(table.Name());
   }
+}
+
+TEST(VersionResource, TellsTheVersion) {
+  EXPECT_EQ(platform::FileVersion(kDll.u16string()), FromUtf8(VELLUM250_VERSION));
 }
 
 // An activation context from a manifest, for this thread.
