@@ -68,7 +68,7 @@ export class Engines {
     return said;
   }
 
-  // A script or page, whose text may be another than the file's. Arguments are ASCII.
+  // A script or page, whose text may be another than the file's.
   runUnderWine(folder, name, text, args) {
     writeFileSync(path.join(folder, name), text);
     return this.run(folder, wine, ['run', this.host, name, ...args]);
