@@ -154,7 +154,7 @@ class TableAdapter final : public Adapter {
 // itself.
 class EnumeratorAdapter final : public Adapter, public IEnumVARIANT {
  public:
-  explicit EnumeratorAdapter(Ref<Enumerator> enumerator)
+  explicit EnumeratorAdapter(const Ref<Enumerator>& enumerator)
       : Adapter(enumerator), enumerator_(*enumerator) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {

@@ -1,7 +1,7 @@
 #include "server/com/module.h"
 
 // Where the linker begins the module.
-extern "C" IMAGE_DOS_HEADER __ImageBase;
+extern "C" IMAGE_DOS_HEADER __ImageBase;  // NOLINT(bugprone-reserved-identifier): its name
 
 namespace vellum250::com {
 

@@ -37,7 +37,7 @@ const void* DataOf(const VARIANT& value) {
 template <typename T>
 T Read(const void* data) {
   T value;
-  std::memcpy(&value, data, sizeof value);
+  std::memcpy(&value, data, sizeof value);  // NOLINT(bugprone-sizeof-expression): pointers too
   return value;
 }
 
