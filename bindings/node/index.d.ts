@@ -51,6 +51,9 @@ export type WebDictionary =
  */
 export interface AutomationObject {
   [member: string]: any;
+  /** Of a collection only: walks its standard enumerator, which read as a property is such an
+   * iterator too. */
+  [Symbol.iterator](): IterableIterator<Result>;
 }
 
 /**

@@ -123,3 +123,21 @@ test('a date and a map of another realm are what they are', () => {
   const map = vm.runInNewContext("new Map([['key', 'item']])");
   assert.equal(probe.Ask(map, 'Item', 'key'), 'item');
 });
+
+test('a loop walks the standard enumerator', () => {
+  const countdown = probe.NewCountdown();
+  assert.deepEqual([...countdown], [3, 2, 1]);
+  assert.deepEqual([...countdown], [3, 2, 1], 'anew');
+  const [first, ...rest] = countdown.NewEnum;
+  assert.deepEqual([first, rest], [3, [2, 1]]);
+  const walk = countdown.NewEnum;
+  for (const value of walk) if (value === 2) break;
+  assert.deepEqual([...walk], [1], 'goes on where it was left');
+  assert.deepEqual(walk.next(), { done: true, value: undefined });
+
+  const seen = [];
+  const failing = probe.NewCountdown(true);
+  assertFails(() => { for (const value of failing) seen.push(value); }, 9, /past the end/);
+  assert.deepEqual(seen, [3, 2, 1]);
+  assert.throws(() => [...probe], TypeError);
+});

@@ -1,5 +1,6 @@
 #include "classes.h"
 
+#include <optional>
 #include <span>
 
 #include "environment.h"
@@ -204,6 +205,35 @@ void GuardUnknownMembers(Environment& environment, Napi::Object prototype,
       {prototype, environment.Functions().proxy.New({Napi::Object::New(env), handler})});
 }
 
+// What a loop over an object asks for: the answer of its standard enumerator.
+napi_value Iterate(napi_env env, napi_callback_info info) {
+  return CallMember(env, info, InvokeKind::Method | InvokeKind::Get);
+}
+
+// An iterator as JavaScript's loops want it, over what is left of `enumerator`.
+napi_value MakeIterator(Environment& environment, const Ref<Enumerator>& enumerator) {
+  Napi::Object iterator = Napi::Object::New(environment.Env());
+  const auto next = [enumerator](const Napi::CallbackInfo& info) {
+    const Napi::Env env = info.Env();
+    return Napi::Value(env, Guarded(env, [&]() -> napi_value {
+                         Environment& current = Environment::Of(env);
+                         current.PageRan();
+                         const std::optional<Variant> element = enumerator->Next();
+                         Napi::Object step = Napi::Object::New(env);
+                         step.Set("done", !element);
+                         step.Set("value", element
+                                               ? Napi::Value(env, ToJavaScript(current, *element))
+                                               : env.Undefined());
+                         return step;
+                       }));
+  };
+  const auto self = [](const Napi::CallbackInfo& info) { return info.This(); };
+  iterator.Set("next", Napi::Function::New(environment.Env(), next));
+  iterator.Set(Napi::Symbol::WellKnown(environment.Env(), "iterator"),
+               Napi::Function::New(environment.Env(), self));
+  return iterator;
+}
+
 napi_property_descriptor Describe(napi_env env, MemberBinding& binding) {
   napi_property_descriptor property{};
   property.name = MakeText(env, binding.member.name);
@@ -231,6 +261,10 @@ ClassBinding::ClassBinding(Environment& environment, const ClassTable& table)
     }
     members_.push_back({environment, table, member});
     properties.push_back(Describe(env, members_.back()));
+    if (member.role == MemberRole::Enumerator) {
+      properties.push_back({nullptr, Napi::Symbol::WellKnown(env, "iterator"), Iterate, nullptr,
+                            nullptr, nullptr, napi_default_method, &members_.back()});
+    }
   }
   // "vellum250.address" is the class address.
   const std::string name = ToUtf8(TextView(table.Name()).substr(table.Name().rfind(u'.') + 1));
@@ -259,6 +293,9 @@ napi_value Wrap(Environment& environment, const ObjectRef& object) {
     Check(environment.Env(),
           napi_get_reference_value(environment.Env(), found->second->self, &self));
     if (self != nullptr) return self;
+  }
+  if (auto* enumerator = dynamic_cast<Enumerator*>(object.get())) {
+    return MakeIterator(environment, Ref<Enumerator>(enumerator));
   }
   if (object->Class() == nullptr) throw TypeMismatch(u"an object without published members");
   return environment.BindingOf(*object->Class()).NewWrapper(object);

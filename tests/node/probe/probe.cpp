@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "automation/class_table.h"
+#include "automation/enumerator.h"
 #include "creation.h"
 #include "database/connection.h"
 #include "server/factory.h"
@@ -12,6 +13,39 @@
 namespace vellum250::node {
 
 namespace {
+
+// Counts down from three; fails at the end when it is asked to.
+class Countdown final : public ScriptObject<Countdown> {
+ public:
+  static const ClassTable& Table();
+  explicit Countdown(bool fails) : fails_(fails) {}
+  ObjectRef NewEnum() { return MakeObject<Walk>(3, fails_); }
+
+ private:
+  class Walk final : public Enumerator {
+   public:
+    Walk(int32_t next, bool fails) : next_(next), fails_(fails) {}
+    std::optional<Variant> Next() override {
+      if (next_ > 0) return next_--;
+      if (fails_) throw SubscriptOutOfRange(u"past the end");
+      return std::nullopt;
+    }
+    void Reset() override { next_ = 3; }
+    Ref<Enumerator> Clone() const override { return MakeObject<Walk>(next_, fails_); }
+
+   private:
+    int32_t next_;
+    bool fails_;
+  };
+  bool fails_;
+};
+
+const ClassTable& Countdown::Table() {
+  static const ClassTable table = Describe<Countdown>(u"Countdown")
+                                      .ReadOnlyProperty<&Countdown::NewEnum>(u"NewEnum")
+                                      .AsEnumerator();
+  return table;
+}
 
 class Probe final : public ScriptObject<Probe> {
  public:
@@ -87,6 +121,7 @@ class Probe final : public ScriptObject<Probe> {
     return sum;
   }
 
+  ObjectRef NewCountdown(bool fails) { return MakeObject<Countdown>(fails); }
   ObjectRef NewProbe() { return MakeObject<Probe>(); }
 };
 
@@ -116,6 +151,7 @@ const ClassTable& Probe::Table() {
           .Method<&Probe::Raise>(u"Raise", {u"what"})
           .Method<&Probe::Ask>(u"Ask", {u"dictionary", u"member", Opt(u"key", Missing{})})
           .Method<&Probe::Sum>(u"Sum", {u"dictionary", u"key", u"times"})
+          .Method<&Probe::NewCountdown>(u"NewCountdown", {Opt(u"fails")})
           .Method<&Probe::NewProbe>(u"NewProbe");
   return table;
 }
