@@ -5,6 +5,9 @@
 #include "com/probe.h"
 #include "server/com/module.h"
 
+// Not in the headers.
+extern "C" void WINAPI SetOaNoCache();
+
 namespace vellum250::com {
 
 namespace {
@@ -280,7 +283,41 @@ TEST_F(Calls, VariantVariablesTakeTheChangedValueAsItIs) {
   EXPECT_EQ(View(first.bstrVal), u"changed");
 }
 
+// Counts what automation allocates on its own: texts above all. It lives on a test's stack.
+class MallocSpy final : public IMallocSpy {
+ public:
+  virtual ~MallocSpy() = default;
+  int64_t allocations = 0;
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
+    *out = iid == IID_IUnknown || iid == IID_IMallocSpy ? this : nullptr;
+    return *out != nullptr ? S_OK : E_NOINTERFACE;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+  ULONG STDMETHODCALLTYPE Release() override { return 1; }
+  SIZE_T STDMETHODCALLTYPE PreAlloc(SIZE_T size) override { return ++allocations, size; }
+  void* STDMETHODCALLTYPE PostAlloc(void* memory) override { return memory; }
+  void* STDMETHODCALLTYPE PreFree(void* memory, BOOL) override { return memory; }
+  void STDMETHODCALLTYPE PostFree(BOOL) override {}
+  SIZE_T STDMETHODCALLTYPE PreRealloc(void* memory, SIZE_T size, void** real, BOOL) override {
+    *real = memory;
+    return ++allocations, size;
+  }
+  void* STDMETHODCALLTYPE PostRealloc(void* memory, BOOL) override { return memory; }
+  void* STDMETHODCALLTYPE PreGetSize(void* memory, BOOL) override { return memory; }
+  SIZE_T STDMETHODCALLTYPE PostGetSize(SIZE_T size, BOOL) override { return size; }
+  void* STDMETHODCALLTYPE PreDidAlloc(void* memory, BOOL) override { return memory; }
+  int STDMETHODCALLTYPE PostDidAlloc(void*, BOOL, int result) override { return result; }
+  void STDMETHODCALLTYPE PreHeapMinimize() override {}
+  void STDMETHODCALLTYPE PostHeapMinimize() override {}
+};
+
 TEST_F(Calls, TakeNoMemoryButTheirTexts) {
+  SetOaNoCache();  // or freed texts would be handed out again unseen
+  MallocSpy spy;
+  ASSERT_EQ(CoRegisterMallocSpy(&spy), S_OK);
+  SysFreeString(SysAllocString(L"seen"));
+  EXPECT_EQ(spy.allocations, 1);
+
   VARIANT variable = Value(5);
   VARIANT number = Reference(VT_VARIANT, variable);
   VARIANT to[] = {Value(6), number};  // the last one first
@@ -289,12 +326,14 @@ TEST_F(Calls, TakeNoMemoryButTheirTexts) {
   for (const auto& [name, given] : calls) {
     DISPPARAMS parameters = given;
     VARIANT answer{};
-    const int64_t before = Allocations();
+    const int64_t before = Allocations(), textsBefore = spy.allocations;
     const HRESULT result = probe_->Invoke(IdOf(probe_.get(), name), IID_NULL, 0, kCall, &parameters,
                                           &answer, nullptr, nullptr);
     EXPECT_EQ(Allocations(), before);
+    EXPECT_EQ(spy.allocations, textsBefore);
     EXPECT_EQ(result, S_OK);
   }
+  EXPECT_EQ(CoRevokeMallocSpy(), S_OK);
   EXPECT_EQ(variable.lVal, 6);
 }
 
