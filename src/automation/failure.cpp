@@ -41,6 +41,9 @@ Failure WrongNumberOfArguments(TextView detail) {
 Failure KeyAlreadyAssociated(TextView detail) {
   return Make(457, u"This key is already associated with an element of this collection", detail);
 }
+Failure PatternSyntaxError(TextView detail) {
+  return Make(5017, u"Syntax error in regular expression", detail);
+}
 
 Failure WithDetail(const Failure& failure, TextView detail) {
   return Failure(failure.Number(), failure.Source(), failure.Description() + u": " + Text(detail));

@@ -46,6 +46,7 @@ Failure NoSuchMember(TextView detail = {});            // 438
 Failure ArgumentNotOptional(TextView detail = {});     // 449
 Failure WrongNumberOfArguments(TextView detail = {});  // 450
 Failure KeyAlreadyAssociated(TextView detail = {});    // 457
+Failure PatternSyntaxError(TextView detail = {});      // 5017
 
 // The same failure with ": " and `detail` after its description.
 Failure WithDetail(const Failure& failure, TextView detail);

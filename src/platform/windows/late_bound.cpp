@@ -14,6 +14,10 @@ LateBound::LateBound(const char16_t* progId) {
   if (FAILED(result)) throw CannotCreateObject(progId);
 }
 
+LateBound::LateBound(ComPtr<IDispatch> object) : object_(std::move(object)) {
+  if (!object_) throw ObjectNotSet();
+}
+
 void LateBound::Call(const char16_t* member, WORD kind, std::span<VARIANT> arguments,
                      VARIANT& answer) const {
   EXCEPINFO exception{};

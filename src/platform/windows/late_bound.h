@@ -13,6 +13,8 @@ class LateBound {
  public:
   // A new object of a class, such as u"Scripting.FileSystemObject". Raises 429 when there is none.
   explicit LateBound(const char16_t* progId);
+  // An object that a call gave; raises 91 for none.
+  explicit LateBound(ComPtr<IDispatch> object);
 
   // `kind` is one of DISPATCH_METHOD, DISPATCH_PROPERTYGET and DISPATCH_PROPERTYPUT; `arguments`,
   // the last one first, stay the caller's. `answer` is empty before. Raises what the object does,
