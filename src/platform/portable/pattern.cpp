@@ -47,7 +47,7 @@ Failure TooMuch(int error) {
 }
 
 Owned<pcre2_code> Compile(TextView pattern) {
-  // In front a call of `InTime` for each position where a match may begin.
+  // `InTime` is asked at each position where a match may begin, as at each group.
   const Text translated = u"(?C)(?:" + TranslatedPattern(pattern) + u")";
   int error = 0;
   size_t at = 0;

@@ -201,16 +201,12 @@ class Translation {
   void Literal(char16_t c) { AppendCharacter(out_, Capitals()[c]); }
 
   void OpenGroup() {
-    TextView opening = u"(";
-    for (const TextView kind : {u"?:", u"?=", u"?!"}) {
-      if (!Accept(kind)) continue;
-      out_.append(opening).append(kind);
-      opening = {};
+    TextView kind;
+    for (const TextView known : {u"?:", u"?=", u"?!"}) {
+      if (kind.empty() && Accept(known)) kind = known;
     }
-    if (pattern_.substr(position_).starts_with(u'?') && !opening.empty()) {
-      throw PatternSyntaxError(u"unexpected quantifier");
-    }
-    out_.append(opening);
+    if (kind.empty() && Accept(u"?")) throw PatternSyntaxError(u"unexpected quantifier");
+    out_.append(u"(").append(kind).append(u"(?C)");
     ++depth_;
     repeatable_ = false;
   }

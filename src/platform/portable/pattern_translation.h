@@ -11,7 +11,8 @@ Text WithoutCase(TextView text);
 
 // `pattern` for PCRE2 without options of its own, to be matched against a text `WithoutCase`. Only
 // what the engine knows is let through, each character in a form that means nothing else, so that
-// what PCRE2 still refuses is too large for it. Raises 5017.
+// what PCRE2 still refuses is too large for it. Each group begins with a callout, for what
+// takes long is in one that repeats. Raises 5017.
 Text TranslatedPattern(TextView pattern);
 
 }  // namespace vellum250::platform
