@@ -4,6 +4,7 @@ rem   install.cmd          for everyone; run it as administrator
 rem   install.cmd /user    for you alone
 rem uninstall.cmd takes the same and undoes it.
 setlocal
+set "here=%~dp0"
 set "what=/s"
 set "done=registered"
 if /i "%~1"=="/u" (
@@ -13,7 +14,10 @@ if /i "%~1"=="/u" (
 )
 set "whom=for everyone"
 if "%~1"=="" goto find
-if /i "%~1"=="/user" goto user
+if /i not "%~1"=="/user" goto unknown
+shift
+if "%~1"=="" goto user
+:unknown
 echo Unknown option "%~1". Run it without options, or with /user for yourself alone.
 exit /b 2
 
@@ -29,10 +33,7 @@ if exist "%SystemRoot%\Sysnative\regsvr32.exe" set "system=%SystemRoot%\Sysnativ
 set "is64="
 if /i "%PROCESSOR_ARCHITECTURE%"=="AMD64" set is64=1
 if /i "%PROCESSOR_ARCHITEW6432%"=="AMD64" set is64=1
-if not defined is64 (
-  call :change x86 "%SystemRoot%\System32\regsvr32.exe"
-  exit /b %failed%
-)
+if not defined is64 goto only32
 call :change x64 "%system%\regsvr32.exe"
 if exist "%SystemRoot%\SysWOW64\regsvr32.exe" (
   call :change x86 "%SystemRoot%\SysWOW64\regsvr32.exe"
@@ -41,26 +42,33 @@ if exist "%SystemRoot%\SysWOW64\regsvr32.exe" (
 )
 exit /b %failed%
 
+:only32
+call :change x86 "%SystemRoot%\System32\regsvr32.exe"
+exit /b %failed%
+
 :change
-set "dll=%~dp0%1\vellum250.dll"
-if not exist "%dll%" (
-  echo %1: there is no %dll%. Unpack the whole zip first.
-  set failed=1
-  goto :eof
-)
+rem No path in parentheses or unquoted: it may hold parentheses and ampersands itself.
+set "dll=%here%%1\vellum250.dll"
+if not exist "%dll%" goto missing
 "%~2" %what% "%dll%"
 set code=%errorlevel%
-if "%code%"=="0" (
-  echo %1: %done% %whom%.
-  goto :eof
-)
+if not "%code%"=="0" goto refused
+echo %1: %done% %whom%.
+goto :eof
+
+:missing
+echo %1: there is no "%dll%". Unpack the whole zip first.
 set failed=1
-echo %1: FAILED, regsvr32 ended with %code%:
+goto :eof
+
+:refused
+set failed=1
+echo %1: FAILED, regsvr32 ended with %code% for "%dll%":
 if "%code%"=="3" (
-  echo   %dll% could not be loaded. The file is damaged, blocked ^(see its Properties^),
+  echo   it could not be loaded. The file is damaged, blocked ^(see its Properties^),
   echo   or no program may be run from this folder.
 ) else if "%code%"=="4" (
-  echo   %dll% is another program's DLL of the same name.
+  echo   it is another program's DLL of the same name.
 ) else if "%code%"=="5" (
   echo   the registry refused the change. For everyone it takes an administrator: right-click
   echo   the file and choose "Run as administrator", or run it with /user for yourself alone.

@@ -6,7 +6,7 @@
 Option Explicit
 Const Line2 = 16, Town = 64, County = 128, Postcode = 512, CountryList = 1024
 Const Individual = "INDIVIDUAL", Person = 17, HomeAddress = 11
-Dim address, connection, texts, settings, link, message, addressType
+Dim address, connection, texts, settings, link, message, addressType, country
 
 connection = Application("connection")
 If connection = "" Then
@@ -33,13 +33,16 @@ address.appDictWebConfig settings
 link = NumberIn("LocRef")
 addressType = NumberIn("LocType")
 If addressType = 0 Then addressType = HomeAddress
-If Request.Form("save") <> "" Then Save
+country = NumberIn("Cref")
+If Request.Form("save") <> "" And message = "" Then Save
 
-' A number that was sent, 0 for anything else.
+' A number that was sent, 0 when there is none. Anything else was not sent by this form.
 Function NumberIn(name)
   NumberIn = 0
+  If Request.Form(name) = "" Then Exit Function
   On Error Resume Next
   NumberIn = CLng(Request.Form(name))
+  If Err.Number <> 0 Then message = "Not stored: " & name & " is no number."
   Err.Clear
 End Function
 
@@ -47,15 +50,16 @@ Sub Save
   Dim result, main, isNew
   isNew = (link = 0)
   main = "N"
+  address.LastError = ""
   If Request.Form("main_loc") = "Y" Then main = "Y"
   ' `link` comes back changed: the number of the address that was stored.
   result = address.AmmendLocation(Individual, Person, link, , , Request.Form("Add1"), _
     Request.Form("Add2"), , Request.Form("Town"), Request.Form("County"), _
-    Request.Form("Postcode"), , NumberIn("Cref"), main, addressType, Request.Form("AddValidate"))
-  If result = -1 Then
-    message = "Please complete: " & Replace(address.LastError, "|", " ")
-  ElseIf address.LastError <> "" Then
+    Request.Form("Postcode"), , country, main, addressType, Request.Form("AddValidate"))
+  If Left(address.LastError, 13) = "Description: " Then
     message = "Not stored: " & address.LastError
+  ElseIf result = -1 Then
+    message = "Please complete: " & Replace(address.LastError, "|", " ")
   ElseIf isNew Then
     message = "Stored as number " & link & "."
   Else
@@ -69,7 +73,7 @@ End Sub
 <table>
 <%= address.BuildAddress(Line2 + Town + County + Postcode + CountryList, Town + Postcode, , , _
       Request.Form("Add1"), Request.Form("Add2"), , Request.Form("Town"), Request.Form("County"), _
-      Request.Form("Postcode"), , Request.Form("Cref"), addressType, "11,12,13", "N", True, _
+      Request.Form("Postcode"), , country, addressType, "11,12,13", "N", True, _
       Individual, Person, link) %>
 </table>
 <input type="submit" name="save" value="Save">
