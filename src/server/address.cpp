@@ -60,7 +60,12 @@ Variant address::GetLabelName(const Text& Title, const Text& Surname, const Text
 }
 
 Text address::GetFirstWord(Variant& sWord) {
-  Text word = ToText(sWord);
+  Text word;
+  try {
+    word = ToText(sWord);
+  } catch (const Failure& failure) {
+    throw WithDetail(failure, u"sWord of GetFirstWord");
+  }
   if (word.find(u' ') != Text::npos) {
     word = contacts::FirstWord(word);
     sWord = word;

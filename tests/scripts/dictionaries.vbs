@@ -21,6 +21,15 @@ Class Half
   End Property
 End Class
 
+Class Unsure
+  Public Property Get Count
+    Count = 1
+  End Property
+  Public Function Exists(key)
+    Exists = "perhaps"
+  End Function
+End Class
+
 Dim page, settings, labels, own, form
 Set page = NewPage
 Set settings = CreateObject("Scripting.Dictionary")
@@ -67,6 +76,11 @@ On Error Resume Next
 page.appDictShowText New Half
 page.BuildAddress 64, 0
 ExpectFailure 438, "Object doesn't support this property or method: Exists"
+page.appDictShowText New Unsure
+page.BuildAddress 64, 0
+ExpectFailure 13, "Type mismatch: Exists of the page's dictionary"
+page.GetFirstWord Null
+ExpectFailure 94, "Invalid use of Null: sWord of GetFirstWord"
 On Error GoTo 0
 page.appDictShowText Nothing
 ExpectPart "none", page.BuildAddress(64, 0), "Town:&nbsp;"

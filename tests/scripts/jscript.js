@@ -43,6 +43,9 @@ expect("not the same", page == other, false);
 expect("object for a text", failureOf(function () { page.GetInitials(other); }),
   "13 Type mismatch: sInput of GetInitials");
 
+expect("its own text", page.GetInitials(new String("John P")), "J P");
+expect("its own number", page.GetFirstWord(new Number(12)), "12");
+
 // Its own objects as dictionaries
 expect("asked each time", (entries.GeneralTown1 = "Village", page.BuildAddress(64, 0)).indexOf(
   "Village&nbsp;") > 0, true);

@@ -19,19 +19,20 @@ namespace {
 namespace fs = std::filesystem;
 
 Text ConnectionTo(const fs::path& file, TextView more = {}) {
-  return u"Driver=Vellum250;Database={" + FromUtf8(file.string()) + u"};" + Text(more);
+  return u"Driver=Vellum250;Database={" + file.u16string() + u"};" + Text(more);
 }
 
 // Windows keeps a file as long as a connection rests in the pool.
 void Remove(const fs::path& file) {
   std::error_code ignored;
-  for (const char* end : {"", "-wal", "-shm", "-journal"}) fs::remove(file.string() + end, ignored);
+  for (const char* end : {"", "-wal", "-shm", "-journal"})
+    fs::remove(fs::path(file) += end, ignored);
 }
 
 fs::path NewFile() {
   static std::atomic<int> count = 0;
-  fs::path file = fs::path(testing::TempDir()) / ("vellum250-test-" + std::to_string(::getpid()) +
-                                                  "-" + std::to_string(++count) + ".db");
+  fs::path file = fs::path(testing::TempDir()) / u"vellum250-t\u00E9st-";
+  file += std::to_string(::getpid()) + "-" + std::to_string(++count) + ".db";
   Remove(file);  // left by a process that had the same number
   return file;
 }
@@ -68,8 +69,8 @@ class Template {
   void CopyTo(const fs::path& file) const {
     fs::copy_file(file_, file);
     // What is not in the file yet, as long as the connection lives on in a pool.
-    const fs::path log = file_.string() + "-wal";
-    if (fs::exists(log)) fs::copy_file(log, file.string() + "-wal");
+    const fs::path log = fs::path(file_) += "-wal";
+    if (fs::exists(log)) fs::copy_file(log, fs::path(file) += "-wal");
   }
 
  private:

@@ -96,7 +96,9 @@ void Database::CheckFile(const Text& path, bool create) const {
                           u"the connection string names no database file");
   }
   std::error_code error;
-  const std::filesystem::path file(ToUtf8(path));
+  const std::string utf8 = ToUtf8(path);
+  // Of char8_t, for char may be of another encoding.
+  const std::filesystem::path file(std::u8string(utf8.begin(), utf8.end()));
   const auto status = std::filesystem::status(file, error);
   // No right to look, a name that is too long ...
   if (!std::filesystem::status_known(status)) FailFile(u"the database file cannot be reached");
