@@ -241,6 +241,22 @@ TEST_F(Calls, TypedVariablesTakeTheChangedValueInTheirOwnType) {
   EXPECT_EQ(number.value, 1) << "left as it was";
 }
 
+TEST_F(Calls, AVariableThatCannotTakeAChangedTextIsRefusedBeforeTheCall) {
+  int16_t number = 5;
+  Bstr text(u"before");
+  BSTR variable = text.get();
+  const VARIANT first = Reference(VT_BSTR, variable);
+  VARIANT second = Reference(VT_I2, number);
+  for (const VARIANT& argument : {second, Reference(VT_VARIANT, second)}) {
+    const Outcome outcome = Call(probe_.get(), L"Exchange", {first, argument});
+    EXPECT_EQ(outcome.number, 13);
+    EXPECT_EQ(outcome.description,
+              u"Type mismatch: a variable that takes no text: second of Exchange");
+  }
+  EXPECT_EQ(number, 5);
+  EXPECT_EQ(View(text.get()), u"before");
+}
+
 TEST_F(Calls, VariantVariablesTakeTheChangedValueAsItIs) {
   OwnedVariant text;
   text.vt = VT_BSTR;

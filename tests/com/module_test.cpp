@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
 #include <thread>
+#include <utility>
 
 #include "com/probe.h"
 #include "platform/windows/ole_failures.h"
@@ -17,8 +19,12 @@ namespace {
 
 class Dll : public testing::Test {
  protected:
+  explicit Dll(const std::filesystem::path& file = VELLUM250_DLL)
+      : module_(LoadLibraryW(file.c_str())) {}
   void SetUp() override { ASSERT_NE(module_, nullptr); }
-  ~Dll() override { FreeLibrary(module_); }
+  ~Dll() override {
+    if (module_ != nullptr) FreeLibrary(module_);
+  }
 
   template <typename Function>
   Function* Find(const char* name) {
@@ -30,7 +36,7 @@ class Dll : public testing::Test {
     return factory;
   }
 
-  HMODULE module_ = LoadLibraryA(VELLUM250_DLL);
+  HMODULE module_;
   HRESULT(*getClassObject_)
   (REFCLSID, REFIID, void**) = Find<HRESULT(REFCLSID, REFIID, void**)>("DllGetClassObject");
   HRESULT (*canUnloadNow_)() = Find<HRESULT()>("DllCanUnloadNow");
@@ -55,7 +61,40 @@ TEST_F(Dll, CreatesThePublishedClassesAndNothingElse) {
   EXPECT_EQ(View(word.bstrVal), u"Jane");
 }
 
-TEST_F(Dll, StaysLoadedAsLongAsItIsNeeded) {
+// A module of its own that no thread has used yet: the file under another name.
+class FreshDll : public Dll {
+ protected:
+  // A name of the test's own, for a module that stays loaded cannot be written over.
+  static Text NewName() {
+    return FromUtf8(testing::UnitTest::GetInstance()->current_test_info()->name()) + u".dll";
+  }
+  FreshDll() : Dll(Copy()) {}
+  static std::filesystem::path Copy() {
+    const auto copy = std::filesystem::temp_directory_path() / NewName();
+    std::filesystem::copy_file(VELLUM250_DLL, copy,
+                               std::filesystem::copy_options::overwrite_existing);
+    return copy;
+  }
+  static bool IsLoaded() { return GetModuleHandleW(Wide(NewName())) != nullptr; }
+
+  // Uses an object of the class in a thread of its own, then does `last` there.
+  template <typename Last>
+  void InAThread(Last&& last) {
+    std::thread([&] {
+      CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+      {
+        ComPtr<IDispatch> address;
+        Factory()->CreateInstance(nullptr, IID_IDispatch, address.OutVoid());
+        EXPECT_EQ(Call(address.get(), L"TextID", {Value(5)}).number, 0);
+        EXPECT_EQ(canUnloadNow_(), S_FALSE) << "an object";
+      }
+      CoUninitialize();
+      last();
+    }).join();
+  }
+};
+
+TEST_F(FreshDll, StaysLoadedAsLongAsItIsNeeded) {
   EXPECT_EQ(canUnloadNow_(), S_OK);
   {
     const auto factory = Factory();
@@ -65,12 +104,16 @@ TEST_F(Dll, StaysLoadedAsLongAsItIsNeeded) {
   EXPECT_EQ(canUnloadNow_(), S_FALSE) << "a lock";
   Factory()->LockServer(FALSE);
   EXPECT_EQ(canUnloadNow_(), S_OK);
-  {
-    ComPtr<IDispatch> address;
-    Factory()->CreateInstance(nullptr, IID_IDispatch, address.OutVoid());
-    EXPECT_EQ(canUnloadNow_(), S_FALSE) << "an object";
-  }
+  InAThread([&] { EXPECT_EQ(canUnloadNow_(), S_FALSE) << "the thread's context"; });
   EXPECT_EQ(canUnloadNow_(), S_OK);
+  FreeLibrary(std::exchange(module_, nullptr));
+  EXPECT_FALSE(IsLoaded());
+}
+
+TEST_F(FreshDll, AThreadEndsThoughNobodyElseHoldsTheModule) {
+  InAThread([&] { FreeLibrary(std::exchange(module_, nullptr)); });
+  EXPECT_TRUE(IsLoaded()) << "a thread's end does not free the code that it runs";
+  std::thread([] {}).join();
 }
 
 // The text of a key below the scope's classes, "-" when there is none.

@@ -91,8 +91,9 @@ class TableAdapter final : public Adapter {
     });
   }
 
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID,
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID,
                                           DISPID* ids) override {
+    if (iid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
     if (names == nullptr || ids == nullptr || count == 0) return E_INVALIDARG;
     const MemberInfo* member = table_.Find(View(names[0], wcslen(names[0])));
     ids[0] = member != nullptr ? member->dispatchId : DISPID_UNKNOWN;

@@ -50,6 +50,9 @@ CallArguments::CallArguments(const MemberInfo& member, const DISPPARAMS& given)
       throw WrongNumberOfArguments(NameOf(index) + u" is given twice");
     }
     try {
+      if (IsTextReference(index) && !CanTakeText(given.rgvarg[i])) {
+        throw TypeMismatch(u"a variable that takes no text");
+      }
       value = ToVariant(given.rgvarg[i]);
     } catch (const Failure& failure) {
       throw WithDetail(failure, NameOf(index));
@@ -82,6 +85,13 @@ size_t CallArguments::IndexOf(size_t i) const {
   if (i >= given_.cNamedArgs) return given_.cArgs - 1 - i;
   const DISPID id = given_.rgdispidNamedArgs[i];
   return id == DISPID_PROPERTYPUT ? values_.size() - 1 : static_cast<size_t>(id);
+}
+
+// What could not be written back is refused before the member has done its work.
+bool CallArguments::IsTextReference(size_t index) const {
+  if (member_.kind != MemberKind::Method || index >= member_.parameters.size()) return false;
+  const ParameterInfo& parameter = member_.parameters[index];
+  return parameter.passing == Passing::ByReference && parameter.type == ScriptType::Text;
 }
 
 Text CallArguments::NameOf(size_t index) const {

@@ -21,6 +21,7 @@ class CallArguments {
  private:
   // The one of `given.rgvarg[i]`.
   size_t IndexOf(size_t i) const;
+  bool IsTextReference(size_t index) const;
   Text NameOf(size_t index) const;
 
   const MemberInfo& member_;

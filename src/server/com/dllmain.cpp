@@ -4,6 +4,7 @@
 #include <cwchar>
 
 #include "platform/windows/ole_failures.h"
+#include "platform/windows/thread_end.h"
 #include "server/com/class_factory.h"
 #include "server/com/module.h"
 #include "server/com/registration.h"
@@ -22,7 +23,9 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** out) {
   return com::Guarded([&] { return com::GetClassObject(classId, iid, out); });
 }
 
-STDAPI DllCanUnloadNow() { return com::Live().Needed() ? S_FALSE : S_OK; }
+STDAPI DllCanUnloadNow() {
+  return !com::Live().Needed() && vellum250::platform::ThreadsLetGo() ? S_OK : S_FALSE;
+}
 
 STDAPI DllRegisterServer() {
   return com::Guarded([] { return com::Register(com::Scope::Machine); });

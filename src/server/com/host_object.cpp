@@ -10,7 +10,9 @@ namespace vellum250::com {
 
 namespace {
 
-WORD FlagsOf(InvokeKind kind) {
+WORD FlagsOf(InvokeKind kind, DISPID id, size_t arguments) {
+  // A JScript object's worth is no function to be called.
+  if (id == DISPID_VALUE && arguments == 0) return DISPATCH_PROPERTYGET;
   // A script does not say whether it reads a property or calls a function; neither does the
   // library.
   if (Includes(kind, InvokeKind::PutRef)) return DISPATCH_PROPERTYPUTREF;
@@ -73,7 +75,7 @@ Variant HostObject::Invoke(TextView member, InvokeKind kind, Arguments arguments
   for (size_t i = 0; i < arguments.size(); ++i) {
     ToAutomation(arguments[arguments.size() - 1 - i], given[i]);
   }
-  const WORD flags = FlagsOf(kind);
+  const WORD flags = FlagsOf(kind, id, arguments.size());
   DISPID newValue = DISPID_PROPERTYPUT;
   DISPPARAMS parameters{given.data(), nullptr, static_cast<UINT>(given.size()), 0};
   if ((flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0) {

@@ -21,7 +21,9 @@ constexpr LCID kPlainDigits = MAKELCID(MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_
 // Where the chain of references to variants ends.
 const VARIANT& Innermost(const VARIANT& value) {
   const VARIANT* at = &value;
-  while (at->vt == kVariantReference && at->pvarVal != nullptr) at = at->pvarVal;
+  while (at->vt == kVariantReference && at->pvarVal != nullptr && at->pvarVal != at) {
+    at = at->pvarVal;
+  }
   return *at;
 }
 
@@ -73,7 +75,7 @@ ObjectRef ReadUnknown(IUnknown* object) {
   return FromDispatch(dispatch.get());
 }
 
-// Whether the variable holds exactly this value. Neither allocates nor calls anything.
+// Whether the variable holds exactly this value.
 bool Holds(const VARIANT& variable, const Variant& value) {
   const VARTYPE type = BaseType(variable);
   const void* data = DataOf(variable);
@@ -85,7 +87,11 @@ bool Holds(const VARIANT& variable, const Variant& value) {
            Read<IUnknown*>(data) == LivingDispatch(object->get());
   }
   if (type == VT_BSTR || type == VT_DISPATCH || type == VT_UNKNOWN) return false;
-  return ToVariant(variable) == value;
+  try {
+    return ToVariant(variable) == value;
+  } catch (const Failure&) {
+    return false;  // an array, which no argument was when the call began
+  }
 }
 
 size_t SizeOf(VARTYPE type) {
@@ -257,6 +263,11 @@ void ToAutomation(const Variant& value, VARIANT& out) {
       out.vt = VT_DISPATCH;
       return;
   }
+}
+
+bool CanTakeText(const VARIANT& argument) {
+  const VARIANT& variable = Innermost(argument);
+  return (variable.vt & VT_BYREF) == 0 || BaseType(variable) == VT_BSTR;
 }
 
 void WriteBack(const VARIANT& argument, const Variant& value) {

@@ -33,6 +33,9 @@ Variant ToVariant(const VARIANT& value);
 // and 6 for a decimal of more than 96 bits; `out` is Empty then.
 void ToAutomation(const Variant& value, VARIANT& out);
 
+// False for a typed reference to anything but a text; a variant takes whatever is written to it.
+bool CanTakeText(const VARIANT& argument);
+
 // Puts a changed value where the caller passed `argument` by reference: into a variant as it is,
 // into a typed variable converted to its type in the user's locale (13 and 6 when it cannot be).
 // An argument by value, and a variable that holds the value already, stay as they are.
