@@ -69,18 +69,18 @@ export class Engines {
   }
 
   // A script or page, whose text may be another than the file's.
-  runUnderWine(folder, name, text, args) {
+  runUnderWine(folder, name, text, args, options = []) {
     writeFileSync(path.join(folder, name), text);
-    return this.run(folder, wine, ['run', this.host, name, ...args]);
+    return this.run(folder, wine, ['run', this.host, ...options, name, ...args]);
   }
 
-  // A script with expectations; what is wrong with it, or nothing.
-  faultOf(file) {
+  // A script with expectations; what is wrong with it, or nothing. `unloaded` asks for the DLL's end.
+  faultOf(file, unloaded) {
     const name = path.basename(file);
     const support = readFileSync(path.join(here, `support${path.extname(name)}`), 'utf8');
     // Behind the script, so that its lines keep their numbers.
     const { code, said, complaint } = this.runUnderWine(this.newFolder(name), name,
-      readFileSync(file, 'utf8') + support, [`database=${embedded}`]);
+      readFileSync(file, 'utf8') + support, [`database=${embedded}`], unloaded ? ['--unload'] : []);
     const passed = code === 0 && complaint === '' && /^passed [1-9]\d*\n$/.test(said);
     return passed ? '' : `exit code ${code}\n${said}${complaint}`;
   }

@@ -15,8 +15,11 @@ const read = (...names) => readFileSync(path.join(here, ...names), 'utf8');
 const scriptsIn = (folder) => readdirSync(path.join(here, folder))
   .filter((name) => /\.(vbs|js)$/.test(name) && !name.startsWith('support.')).sort();
 
+// Those after which nobody may need the DLL any more.
+const unloaded = new Set(['apartments.vbs', 'by-reference.vbs', 'leaks.vbs']);
+
 for (const name of scriptsIn('.')) {
-  test(name, () => assert.equal(engines.faultOf(path.join(here, name)), ''));
+  test(name, () => assert.equal(engines.faultOf(path.join(here, name), unloaded.has(name)), ''));
 }
 
 // The runner itself: whatever is wrong with a script, it is noticed, and in words.
@@ -25,13 +28,14 @@ const faults = {
   'expectation.js': /^exit code 0\nfailed: a number: number \[2\], not \[2\]\n$/,
   'expectation.vbs': /^exit code 0\nfailed: one and one: Long \[2\], not Long \[3\]\n$/,
   'expects-nothing.vbs': /^exit code 0\n$/,
+  'leaks.vbs': /^exit code 1\n(.*\n)*vellum250\.dll is still needed/,
   'raises.vbs': /^exit code 1\nraises\.vbs:2: error 5 /,
   'syntax.js': /^exit code 1\nsyntax\.js:1: error /,
 };
 test('no fault of a script goes unnoticed', () => {
   assert.deepEqual(scriptsIn('failing'), Object.keys(faults));
   for (const [name, fault] of Object.entries(faults)) {
-    assert.match(engines.faultOf(path.join(here, 'failing', name)), fault, name);
+    assert.match(engines.faultOf(path.join(here, 'failing', name), unloaded.has(name)), fault, name);
   }
 });
 

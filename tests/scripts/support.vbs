@@ -34,7 +34,8 @@ End Function
 
 ' An address object with the context that a page sets.
 Function NewPage()
-  Set NewPage = CreateObject("vellum250.address")
+  ' Not by the engine's own function, which under Wine keeps hold of the class.
+  Set NewPage = Host.CreateObject("vellum250.address")
   NewPage.Connection Argument("database")
   NewPage.SysDebug False
   NewPage.OnErrorOnly False
