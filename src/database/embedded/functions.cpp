@@ -65,11 +65,9 @@ class Call {
   }
   void Return(const std::string& value) const { Return(std::string_view(value)); }
   void Return(const Value& value) const {
-    std::visit(
-        [this](const auto& held) {
-          if constexpr (!std::is_same_v<std::decay_t<decltype(held)>, std::monostate>) Return(held);
-        },
-        value);
+    if (const auto* integer = std::get_if<int64_t>(&value)) return Return(*integer);
+    if (const auto* number = std::get_if<double>(&value)) return Return(*number);
+    if (const auto* text = std::get_if<std::string>(&value)) return Return(*text);
   }
   template <typename T>
   void Return(const std::optional<T>& value) const {

@@ -20,7 +20,14 @@
 
 namespace vellum250::database::embedded {
 
-using Value = std::variant<std::monostate, int64_t, double, std::string>;
+// Of the other alternatives alone g++ 12's library makes a variant that it believes never to be
+// without a value; a copy of a text for which there was no memory then destroys what was never
+// made. No value is this one.
+struct NoValue {
+  ~NoValue() {}
+  bool operator==(const NoValue&) const = default;
+};
+using Value = std::variant<std::monostate, int64_t, double, std::string, NoValue>;
 inline bool IsNull(const Value& value) { return value.index() == 0; }
 
 // A value that somebody else holds.
