@@ -26,8 +26,8 @@ struct Registered {
 // The thread's list. The memory of thread_local objects is freed by the destructor of such a key
 // too, and those run in the order in which the keys were made: this one before any use.
 pthread_key_t list;
-std::atomic<int> lists = 0;
-std::atomic<bool> held = false;
+std::atomic<int> lists = 0;      // of all threads
+std::atomic<bool> held = false;  // whether the module holds a reference to itself, for the lists
 
 HMODULE ThisModule(DWORD flags) {
   HMODULE module = nullptr;
